@@ -1,0 +1,66 @@
+// Per-file I/O statistics: bytes, calls and time for each transfer kind
+// (1 read, 2 write), fed by the OS file class.
+#pragma once
+
+#include "VEXZORBasExport.h"
+#include "ZORBasAti.h"
+#include "ZORString.h"
+
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <vector>
+
+template <class T> using ZORBasSharedPtr = std::shared_ptr<T>;
+
+class ZORBAS_API ZORBasUtlIOFileStats {
+public:
+    static constexpr int kRead = 1;
+    static constexpr int kWrite = 2;
+    struct Totals {
+        unsigned long long bytes = 0;
+        unsigned long long calls = 0;
+        double seconds = 0;
+    };
+
+    explicit ZORBasUtlIOFileStats(const ZORString& name);
+    const ZORString& Name() const { return m_name; }
+    // Totals of one kind (1 or 2); other kinds give zeros.
+    Totals Get(int kind) const;
+    int Opens() const;
+    bool IsOpen() const;
+
+private:
+    friend class ZORBasUtlIOStats;
+    ZORString m_name;
+    Totals m_totals[3];
+    int m_opens = 0;
+    int m_openNow = 0;
+};
+
+class ZORBAS_API ZORBasUtlIOStats {
+public:
+    ZORBasUtlIOStats();
+    ~ZORBasUtlIOStats();
+    ZORBasUtlIOStats(const ZORBasUtlIOStats&) = delete;
+    ZORBasUtlIOStats& operator=(const ZORBasUtlIOStats&) = delete;
+
+    // The record of a file, made on its first open and reused on later ones.
+    ZORBasSharedPtr<ZORBasUtlIOFileStats> usefile_Open(const ZORString& name);
+    void usefile_Close(const ZORBasSharedPtr<ZORBasUtlIOFileStats>& stats);
+    // Times one OS transfer of the calling thread: StartTimer before the call,
+    // StopTimer after a successful one with the bytes it moved.
+    void StartTimer(int kind);
+    void StopTimer(unsigned long long bytes, int kind, ZORBasSharedPtr<ZORBasUtlIOFileStats> stats);
+
+    std::vector<ZORBasSharedPtr<ZORBasUtlIOFileStats>> Files() const;
+    // One line per file: bytes, calls and seconds for reads and writes.
+    std::string Report() const;
+    void Report(std::FILE* out) const;
+
+private:
+    struct Impl;
+    Impl* m_impl;
+};
+
+extern template class ZORBAS_API omi_Singleton<ZORBasUtlIOStats>;

@@ -1,0 +1,6 @@
+// Every exception class of the catalogue.
+#pragma once
+
+#include "ZORSimExcStorage.h"
+#include "ZORSimExcDocument.h"
+#include "ZORSimExcPoolFormat.h"
