@@ -13,6 +13,7 @@ template <class... Ts> atr_String atr(const char* format, Ts... values, ZORBasSt
     return translation.Result(mode);
 }
 
-#define ZORSIM_ATR(...) extern template ZORSIM_API atr_String atr<__VA_ARGS__>(const char*, __VA_ARGS__, ZORBasStringMode);
+#define ZORSIM_ATR(...)                                                                                      \
+    extern template ZORSIM_API atr_String atr<__VA_ARGS__>(const char*, __VA_ARGS__, ZORBasStringMode);
 #include "ZORSimExcAtrInstances.def"
 #undef ZORSIM_ATR

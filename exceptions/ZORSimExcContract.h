@@ -37,11 +37,11 @@ enum class ZORSimExcFieldKind {
 // How a field type is described and rendered into a message.
 template <class T> struct ZORSimExcField;
 
-#define ZORSIM_EXC_PLAIN_FIELD(Type, Kind)                                                                  \
-    template <> struct ZORSimExcField<Type> {                                                               \
-        static constexpr ZORSimExcFieldKind kind = ZORSimExcFieldKind::Kind;                                \
-        static constexpr int capacity = 0;                                                                  \
-        static Type Render(Type v) { return v; }                                                            \
+#define ZORSIM_EXC_PLAIN_FIELD(Type, Kind)                                                                   \
+    template <> struct ZORSimExcField<Type> {                                                                \
+        static constexpr ZORSimExcFieldKind kind = ZORSimExcFieldKind::Kind;                                 \
+        static constexpr int capacity = 0;                                                                   \
+        static Type Render(Type v) { return v; }                                                             \
     }
 ZORSIM_EXC_PLAIN_FIELD(int, Int32);
 ZORSIM_EXC_PLAIN_FIELD(unsigned int, UInt32);
@@ -62,11 +62,11 @@ template <int N> struct ZORSimExcField<ZORSimUttExceptionString<N>> {
     static constexpr int capacity = N;
     static const char* Render(const ZORSimUttExceptionString<N>& v) { return v.AsString(); }
 };
-#define ZORSIM_EXC_TEXT_FIELD(Type, Kind)                                                                   \
-    template <> struct ZORSimExcField<Type> {                                                               \
-        static constexpr ZORSimExcFieldKind kind = ZORSimExcFieldKind::Kind;                                \
-        static constexpr int capacity = 0;                                                                  \
-        static const char* Render(const Type& v) { return v.AsString(); }                                   \
+#define ZORSIM_EXC_TEXT_FIELD(Type, Kind)                                                                    \
+    template <> struct ZORSimExcField<Type> {                                                                \
+        static constexpr ZORSimExcFieldKind kind = ZORSimExcFieldKind::Kind;                                 \
+        static constexpr int capacity = 0;                                                                   \
+        static const char* Render(const Type& v) { return v.AsString(); }                                    \
     }
 ZORSIM_EXC_TEXT_FIELD(ZORBasSystemError, SystemError);
 ZORSIM_EXC_TEXT_FIELD(ZORSimUttSerParserPlace, ParserPlace);
@@ -147,46 +147,52 @@ template <class T> ZORBasException* ZORSimExcCloneOf(const T& original) {
 #define ZORSIM_EXC_GETTER_NAME(f) ZORSIM_PP_CAT(Get, ZORSIM_EXC_FNAME f)
 
 #define ZORSIM_EXC_X_PARAM(i, f) ZORSIM_EXC_FTYPE f a##i
-#define ZORSIM_EXC_X_GETTER(i, f)                                                                           \
-    ZORSIM_EXC_FTYPE f ZORSIM_EXC_GETTER_NAME(f)() const { return ZORSIM_EXC_MEMBER_NAME(f); }
+#define ZORSIM_EXC_X_GETTER(i, f)                                                                            \
+    ZORSIM_EXC_FTYPE f ZORSIM_EXC_GETTER_NAME(f)() const {                                                   \
+        return ZORSIM_EXC_MEMBER_NAME(f);                                                                    \
+    }
 #define ZORSIM_EXC_X_MEMBER(i, f) ZORSIM_EXC_FTYPE f ZORSIM_EXC_MEMBER_NAME(f);
 #define ZORSIM_EXC_X_INIT(i, f) , ZORSIM_EXC_MEMBER_NAME(f)(a##i)
 #define ZORSIM_EXC_X_COPY(i, f) , ZORSIM_EXC_MEMBER_NAME(f)(other.ZORSIM_EXC_MEMBER_NAME(f))
 #define ZORSIM_EXC_X_VALUE(i, f) , ZORSIM_EXC_MEMBER_NAME(f)
 
 // Class declaration, for the block headers.
-#define ZORSIM_EXC_DECLARE(Name, CodeValue, Base, BaseArgs, Format, ...)                                   \
-    class ZORSIM_API Name : public Base {                                                                   \
-    public:                                                                                                 \
-        static constexpr int kCode = CodeValue;                                                             \
-        __VA_OPT__(explicit) Name(ZORSIM_PP_LIST(ZORSIM_EXC_X_PARAM, __VA_ARGS__));                         \
-        Name(const Name& other);                                                                            \
-        ~Name() override;                                                                                   \
-        ZORSIM_PP_EACH(ZORSIM_EXC_X_GETTER, __VA_ARGS__)                                                    \
-        int GetCode() const override;                                                                       \
-        atr_String AsString(ZORBasStringMode mode) const override;                                          \
-        ZORBasException* Clone() const override;                                                            \
-        void Propagate() const override;                                                                    \
-                                                                                                            \
-    private:                                                                                                \
-        ZORSIM_PP_EACH(ZORSIM_EXC_X_MEMBER, __VA_ARGS__)                                                    \
+#define ZORSIM_EXC_DECLARE(Name, CodeValue, Base, BaseArgs, Format, ...)                                     \
+    class ZORSIM_API Name : public Base {                                                                    \
+    public:                                                                                                  \
+        static constexpr int kCode = CodeValue;                                                              \
+        __VA_OPT__(explicit) Name(ZORSIM_PP_LIST(ZORSIM_EXC_X_PARAM, __VA_ARGS__));                          \
+        Name(const Name& other);                                                                             \
+        ~Name() override;                                                                                    \
+        ZORSIM_PP_EACH(ZORSIM_EXC_X_GETTER, __VA_ARGS__)                                                     \
+        int GetCode() const override;                                                                        \
+        atr_String AsString(ZORBasStringMode mode) const override;                                           \
+        ZORBasException* Clone() const override;                                                             \
+        void Propagate() const override;                                                                     \
+                                                                                                             \
+    private:                                                                                                 \
+        ZORSIM_PP_EACH(ZORSIM_EXC_X_MEMBER, __VA_ARGS__)                                                     \
     };
 
 // Out-of-line definitions, for the block sources. Propagate reports the
 // message of the most derived class (a virtual call) and throws a copy.
-#define ZORSIM_EXC_DEFINE(Name, CodeValue, Base, BaseArgs, Format, ...)                                    \
-    Name::Name(ZORSIM_PP_LIST(ZORSIM_EXC_X_PARAM, __VA_ARGS__))                                             \
-        : Base(ZORSIM_PP_CAT(ZORSIM_EXC_BASE_ARGS_, BaseArgs))                                              \
-              ZORSIM_PP_EACH(ZORSIM_EXC_X_INIT, __VA_ARGS__) {}                                             \
-    Name::Name(const Name& other) : Base(other) ZORSIM_PP_EACH(ZORSIM_EXC_X_COPY, __VA_ARGS__) {}          \
-    Name::~Name() = default;                                                                                \
-    int Name::GetCode() const { return CodeValue; }                                                         \
-    atr_String Name::AsString(ZORBasStringMode) const {                                                     \
-        return ZORSimExcFormat(Format ZORSIM_PP_EACH(ZORSIM_EXC_X_VALUE, __VA_ARGS__));                     \
-    }                                                                                                       \
-    ZORBasException* Name::Clone() const { return ZORSimExcCloneOf(*this); }                                \
-    void Name::Propagate() const {                                                                          \
-        const atr_String text = this->AsString(ZORBasStringMode(false));                                    \
-        ZORSimUttAssert::ReportException(text.c_str());                                                     \
-        throw Name(*this);                                                                                  \
+#define ZORSIM_EXC_DEFINE(Name, CodeValue, Base, BaseArgs, Format, ...)                                      \
+    Name::Name(ZORSIM_PP_LIST(ZORSIM_EXC_X_PARAM, __VA_ARGS__))                                              \
+        : Base(ZORSIM_PP_CAT(ZORSIM_EXC_BASE_ARGS_, BaseArgs))                                               \
+              ZORSIM_PP_EACH(ZORSIM_EXC_X_INIT, __VA_ARGS__) {}                                              \
+    Name::Name(const Name& other) : Base(other) ZORSIM_PP_EACH(ZORSIM_EXC_X_COPY, __VA_ARGS__) {}            \
+    Name::~Name() = default;                                                                                 \
+    int Name::GetCode() const {                                                                              \
+        return CodeValue;                                                                                    \
+    }                                                                                                        \
+    atr_String Name::AsString(ZORBasStringMode) const {                                                      \
+        return ZORSimExcFormat(Format ZORSIM_PP_EACH(ZORSIM_EXC_X_VALUE, __VA_ARGS__));                      \
+    }                                                                                                        \
+    ZORBasException* Name::Clone() const {                                                                   \
+        return ZORSimExcCloneOf(*this);                                                                      \
+    }                                                                                                        \
+    void Name::Propagate() const {                                                                           \
+        const atr_String text = this->AsString(ZORBasStringMode(false));                                     \
+        ZORSimUttAssert::ReportException(text.c_str());                                                      \
+        throw Name(*this);                                                                                   \
     }

@@ -11,7 +11,7 @@
 struct ZORSimExcFieldInfo {
     const char* getter; // "GetFile_name"
     ZORSimExcFieldKind kind;
-    int capacity; // N of a string field, 0 otherwise
+    int capacity;     // N of a string field, 0 otherwise
     const char* type; // the C++ type as the table spells it
 };
 
@@ -20,16 +20,16 @@ struct ZORSimExcFieldInfo {
 struct ZORSimExcValue {
     long long integer = 0; // Int32, Int64, Bool; the code of SystemError, ParserError, SerSystemError
     unsigned long long unsignedInteger = 0; // UInt32, UInt64
-    double real = 0;       // Float, Double
-    std::string text;      // String, TextPointer; the shown text of the other kinds
-    void* parser = nullptr; // the XML parser for ParserPlace and ParserError
-    bool isNull = false;   // a null TextPointer
+    double real = 0;                        // Float, Double
+    std::string text;                       // String, TextPointer; the shown text of the other kinds
+    void* parser = nullptr;                 // the XML parser for ParserPlace and ParserError
+    bool isNull = false;                    // a null TextPointer
 };
 
 struct ZORSimExcClassInfo {
     const char* name;
     int code;
-    const char* base; // the direct base class
+    const char* base;  // the direct base class
     const char* block; // the catalogue block the class belongs to
     const char* format;
     int baseArgCount; // leading values also handed to the base

@@ -38,6 +38,9 @@ public:
     // A new mutex, or null when none can be made.
     static ZORBasAtiMutex* newMutex();
     static void deleteMutex(ZORBasAtiMutex* mutex);
+    // Fault injection for tests: the next `count` calls of newMutex return
+    // null, as when the system has no mutex to give.
+    static void FailNextForTesting(int count);
 };
 
 // Registry of live singletons by name. Whatever is still registered is

@@ -8,6 +8,7 @@
 
 #include <cstdio>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -33,6 +34,7 @@ public:
 private:
     friend class ZORBasUtlIOStats;
     ZORString m_name;
+    mutable std::mutex m_lock; // guards the counters below
     Totals m_totals[3];
     int m_opens = 0;
     int m_openNow = 0;

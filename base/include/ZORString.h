@@ -62,6 +62,9 @@ public:
     // Character at a code-point index; 0 beyond the end.
     ZORChar At(std::size_t index) const;
     std::u32string Characters() const;
+    // Wide text: UTF-16 where wchar_t has 16 bits, UTF-32 otherwise. Bytes of
+    // a BAD string that are no UTF-8 become U+FFFD.
+    std::wstring ToWChar() const;
 
     // Lower-cases A-Z only; other characters are left as they are.
     ZORString ASCIIToLower() const;

@@ -1,0 +1,95 @@
+#include "ZORBasException.h"
+
+#include <cstring>
+#include <new>
+#include <stdexcept>
+#include <string>
+
+#if defined(_WIN32)
+#    include <windows.h>
+#endif
+
+void* mem_OperatorNewThrow(std::size_t size) {
+    return ::operator new(size);
+}
+void mem_OperatorDelete(void* p) noexcept {
+    ::operator delete(p);
+}
+
+void* mem_AllocationOperators::operator new(std::size_t size) {
+    return mem_OperatorNewThrow(size);
+}
+void mem_AllocationOperators::operator delete(void* p) noexcept {
+    mem_OperatorDelete(p);
+}
+void* mem_AllocationOperators::operator new[](std::size_t size) {
+    return mem_OperatorNewThrow(size);
+}
+void mem_AllocationOperators::operator delete[](void* p) noexcept {
+    mem_OperatorDelete(p);
+}
+
+ZORBasException::~ZORBasException() = default;
+
+atr_String ZORBasException::DeveloperReport(ZORBasStringMode mode) const {
+    std::string text = "[" + std::to_string(GetCode()) + "] " + AsString(mode).str();
+    if (m_file != nullptr)
+        text += " (raised in " + std::string(m_file) + ":" + std::to_string(m_line) + ")";
+    return atr_String(std::move(text));
+}
+
+atr_String ZORBasException::UserReport(ZORBasStringMode mode) const {
+    return AsString(mode);
+}
+
+ZORBasException* ZORBasException::Clone() const {
+    return nullptr;
+}
+
+void ZORBasException::Throw(const char* file, int line) const {
+    m_file = file;
+    m_line = line;
+    Propagate();
+    // Propagate must throw; a class that does not has broken the contract.
+    throw std::logic_error("ZORBasException::Throw: Propagate returned without throwing");
+}
+
+namespace {
+
+std::string SystemErrorText(int code) {
+#if defined(_WIN32)
+    char buffer[512];
+    DWORD size = FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
+                                static_cast<DWORD>(code), 0, buffer, sizeof buffer, nullptr);
+    while (size > 0 && (buffer[size - 1] == '\n' || buffer[size - 1] == '\r' || buffer[size - 1] == ' '))
+        --size;
+    if (size == 0)
+        return "Unknown error " + std::to_string(code);
+    return std::string(buffer, size);
+#else
+    char buffer[256];
+    // The GNU strerror_r returns its text, which need not be in the buffer.
+    return std::string(strerror_r(code, buffer, sizeof buffer));
+#endif
+}
+
+} // namespace
+
+ZORBasSystemError::ZORBasSystemError(int code) : m_code(code), m_text(SystemErrorText(code)) {}
+
+atr_String ZORBasTextException::AsString(ZORBasStringMode) const {
+    return atr_String(m_text);
+}
+
+#define ZORBAS_TEXT_EXCEPTION(Name)                                                                          \
+    Name::Name(const char* text) : ZORBasTextException(text ? text : "") {}                                  \
+    void Name::Propagate() const {                                                                           \
+        throw Name(*this);                                                                                   \
+    }                                                                                                        \
+    ZORBasException* Name::Clone() const {                                                                   \
+        return new Name(*this);                                                                              \
+    }
+ZORBAS_TEXT_EXCEPTION(ZORBasAssertException)
+ZORBAS_TEXT_EXCEPTION(ZORBasToUTF8Exception)
+ZORBAS_TEXT_EXCEPTION(ZORBasOsStringConversion)
+#undef ZORBAS_TEXT_EXCEPTION
