@@ -1,0 +1,43 @@
+#!/usr/bin/env bash
+# Builds and runs the demo ("demo") or the whole test suite ("test"),
+# installing first whatever Debian packages the build needs and lacks.
+set -euo pipefail
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+cd "$root"
+
+packages=(g++ cmake ninja-build pkg-config libexpat1-dev libdw-dev googletest libgtest-dev libgmock-dev
+          libbenchmark-dev)
+missing=()
+for p in "${packages[@]}"; do
+  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
+done
+if ((${#missing[@]})); then
+  echo "=== installing: ${missing[*]}"
+  sudo=""
+  [ "$(id -u)" -eq 0 ] || sudo="sudo"
+  export DEBIAN_FRONTEND=noninteractive
+  $sudo apt-get update -qq
+  $sudo apt-get install -y -qq --no-install-recommends "${missing[@]}"
+fi
+
+case "${1:-}" in
+  demo)
+    cmake --preset default
+    cmake --build --preset default --target zorsim_demo
+    ./build/bin/zorsim_demo
+    ;;
+  test)
+    # Warnings are errors here, as in CI; then the same suite under ASan+UBSan.
+    cmake --preset ci
+    cmake --build --preset ci
+    ctest --preset ci
+    cmake --preset asan
+    cmake --build --preset asan
+    ctest --preset asan
+    ;;
+  *)
+    echo "usage: $0 demo|test" >&2
+    exit 2
+    ;;
+esac
