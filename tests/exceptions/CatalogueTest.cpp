@@ -180,13 +180,15 @@ TEST(Catalogue, RegistryIsConsistent) {
         EXPECT_TRUE(std::string(info.base) == "ZORBasException" || ZORSimExcRegistry::FindByName(info.base))
             << "unknown base " << info.base;
         EXPECT_LE(info.baseArgCount, info.fieldCount);
-        if (i > 0)
+        if (i > 0) {
             EXPECT_LE(ZORSimExcRegistry::At(i - 1).code, info.code) << "tables out of code order";
+        }
         for (int f = 0; f < info.fieldCount; ++f) {
             EXPECT_EQ(std::string(info.fields[f].getter).rfind("Get", 0), 0u);
-            if (info.fields[f].kind == ZORSimExcFieldKind::String)
+            if (info.fields[f].kind == ZORSimExcFieldKind::String) {
                 EXPECT_TRUE(info.fields[f].capacity == 10 || info.fields[f].capacity == 32 ||
                             info.fields[f].capacity == 64 || info.fields[f].capacity == 1024);
+            }
         }
         EXPECT_EQ(ZORSimExcRegistry::FindByName(info.name), &info);
     }
@@ -200,10 +202,8 @@ TEST(Catalogue, CodesAreUniqueExceptTheTwoSharedOnes) {
         codes.insert(ZORSimExcRegistry::At(i).code);
     for (int code : codes) {
         const auto classes = ZORSimExcRegistry::FindByCode(code);
-        if (code == 1013 || code == 1836)
-            EXPECT_EQ(classes.size(), 2u) << code;
-        else
-            EXPECT_EQ(classes.size(), 1u) << code;
+        const std::size_t expected = (code == 1013 || code == 1836) ? 2 : 1;
+        EXPECT_EQ(classes.size(), expected) << code;
     }
     const auto shared = ZORSimExcRegistry::FindByCode(1013);
     ASSERT_EQ(shared.size(), 2u);

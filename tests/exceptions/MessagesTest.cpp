@@ -132,10 +132,10 @@ TEST(Messages, PoolFormatAndXmlBlock) {
 
 TEST(Messages, ExportedFormatterAgreesWithTheClasses) {
     const ZORBasStringMode mode(true);
-    EXPECT_EQ(atr<unsigned long long, unsigned long long, unsigned long long>(
-                  "I/O out of bounds - start: %lld, end: %lld, limit: %lld", 1, 2, 3, mode)
-                  .str(),
-              Text(ZORSimExcIOBounds(1, 2, 3)));
+    const std::string bounds = atr<unsigned long long, unsigned long long, unsigned long long>(
+                                   "I/O out of bounds - start: %lld, end: %lld, limit: %lld", 1, 2, 3, mode)
+                                   .str();
+    EXPECT_EQ(bounds, Text(ZORSimExcIOBounds(1, 2, 3)));
     EXPECT_EQ((atr<bool, int, long long, float, double, const char*>("%d %d %lld %f %f %s", true, -2, -3LL,
                                                                      0.5F, 2.0, "s", mode)
                    .str()),

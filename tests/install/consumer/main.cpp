@@ -1,0 +1,19 @@
+#include <ZORSimContainers.h>
+
+#include <cstdio>
+#include <cstring>
+
+int main() {
+    ZORSimUttAssertDisableExcReport();
+    try {
+        ZORSimExcNoSuchFile("/data/run.1.tmp").Propagate();
+    } catch (const ZORBasException& e) {
+        if (e.GetCode() != 1013 || std::strcmp(e.AsString(ZORBasStringMode(false)).c_str(), "No such file: /data/run.1.tmp"))
+            return 1;
+    }
+    if (ZORSimContainers_initializeC() < 2)
+        return 2;
+    ZORSimContainers_finalizeC();
+    std::puts("consumer ok");
+    return 0;
+}
