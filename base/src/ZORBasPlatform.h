@@ -1,0 +1,25 @@
+// The few operating-system services of the base library. Everything that
+// differs between platforms sits behind these functions; each platform
+// supplies one source file (posix/, win32/).
+#pragma once
+
+#include "ZORString.h"
+
+#include <cstddef>
+#include <cstdio>
+#include <string>
+
+namespace zorbas_os {
+
+// Decodes narrow text in the codeset of the process locale into UTF-8 bytes.
+// False when the text does not decode. The C/POSIX locale is taken as UTF-8:
+// the bytes are passed on unchanged, and the caller validates them.
+bool LocaleToUTF8(const char* text, std::size_t size, std::string& utf8);
+
+// CPU time of the whole process (all threads), in seconds.
+double ProcessCpuSeconds();
+
+// Opens a file by a valid (not BAD) name.
+std::FILE* OpenFile(const ZORString& name, const char* mode);
+
+} // namespace zorbas_os

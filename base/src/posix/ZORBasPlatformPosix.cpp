@@ -1,0 +1,83 @@
+// POSIX side of the base library's operating-system services.
+#include "../ZORBasPlatform.h"
+
+#include <cerrno>
+#include <cstring>
+#include <ctime>
+#include <iconv.h>
+#include <langinfo.h>
+
+namespace zorbas_os {
+
+namespace {
+
+// Codesets whose text is passed on as UTF-8. Programs running in the C locale
+// still receive UTF-8 arguments from the shell, so ASCII counts as UTF-8.
+bool IsUTF8Codeset(const char* codeset) {
+    static const char* const kNames[] = {"UTF-8",          "utf8",  "UTF8",    "utf-8",
+                                         "ANSI_X3.4-1968", "ASCII", "US-ASCII"};
+    for (const char* name : kNames) {
+        if (std::strcmp(codeset, name) == 0)
+            return true;
+    }
+    return false;
+}
+
+} // namespace
+
+bool LocaleToUTF8(const char* text, std::size_t size, std::string& utf8) {
+    const char* codeset = nl_langinfo(CODESET);
+    if (codeset == nullptr || *codeset == '\0' || IsUTF8Codeset(codeset)) {
+        utf8.assign(text, size);
+        return true;
+    }
+    iconv_t cd = iconv_open("UTF-8", codeset);
+    if (cd == reinterpret_cast<iconv_t>(-1)) {
+        // A codeset iconv does not know: the bytes are the best guess we have.
+        utf8.assign(text, size);
+        return true;
+    }
+    std::string out(size * 4 + 16, '\0');
+    std::size_t used = 0;
+    char* in = const_cast<char*>(text); // iconv's prototype is not const-correct
+    std::size_t inLeft = size;
+    bool ok = true;
+    bool flushed = false;
+    while (!flushed) {
+        char* dst = out.data() + used;
+        std::size_t outLeft = out.size() - used;
+        // Once the input is used up, a call without input flushes the shift
+        // state of a stateful codeset.
+        const bool flushing = inLeft == 0;
+        std::size_t rc =
+            flushing ? iconv(cd, nullptr, nullptr, &dst, &outLeft) : iconv(cd, &in, &inLeft, &dst, &outLeft);
+        used = out.size() - outLeft;
+        if (rc != static_cast<std::size_t>(-1)) {
+            flushed = flushing;
+        } else if (errno == E2BIG) {
+            out.resize(out.size() * 2);
+        } else {
+            ok = false; // EILSEQ or EINVAL: bytes that are no text in this codeset
+            break;
+        }
+    }
+    iconv_close(cd);
+    if (!ok)
+        return false;
+    out.resize(used);
+    utf8 = std::move(out);
+    return true;
+}
+
+double ProcessCpuSeconds() {
+    timespec ts{};
+    if (clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &ts) != 0)
+        return static_cast<double>(std::clock()) / CLOCKS_PER_SEC;
+    return static_cast<double>(ts.tv_sec) + static_cast<double>(ts.tv_nsec) * 1e-9;
+}
+
+std::FILE* OpenFile(const ZORString& name, const char* mode) {
+    return std::fopen(name.c_str(), mode);
+}
+
+} // namespace zorbas_os
