@@ -25,6 +25,8 @@ void CheckBounds(unsigned long long start, unsigned long long end, unsigned long
 } // namespace
 
 int main() {
+    // Reports go to standard error; keep this program's own lines in step with them.
+    std::setvbuf(stdout, nullptr, _IONBF, 0);
     const int uses = ZORSimContainers_initializeC();
     std::printf("=== module started (use count %d)\n", uses);
 
