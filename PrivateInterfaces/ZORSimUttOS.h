@@ -17,6 +17,8 @@ namespace ZORSimUttOS {
 int CaptureStack(void** frames, int capacity, int skip);
 
 // Sets up symbol look-up for the process. False when it cannot be set up.
+// Calling it again drops the earlier set-up and starts afresh. Neither this
+// nor Symbolize is thread-safe: the caller serialises them.
 bool InitializeSymbols();
 
 struct SymbolInfo {
