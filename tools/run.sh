@@ -28,13 +28,13 @@ case "${1:-}" in
     ./build/bin/zorsim_demo
     ;;
   test)
-    # Warnings are errors here, as in CI; then the same suite under ASan+UBSan.
-    cmake --preset ci
-    cmake --build --preset ci
-    ctest --preset ci
-    cmake --preset asan
-    cmake --build --preset asan
-    ctest --preset asan
+    # Warnings are errors here, as in CI; then the same suite under ASan+UBSan
+    # and under ThreadSanitizer.
+    for preset in ci asan tsan; do
+      cmake --preset "$preset"
+      cmake --build --preset "$preset"
+      ctest --preset "$preset"
+    done
     ;;
   *)
     echo "usage: $0 demo|test" >&2
