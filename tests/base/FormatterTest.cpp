@@ -39,7 +39,7 @@ TEST(Formatter, ValueIsRenderedByItsTypeWhateverTheLetterSays) {
     EXPECT_EQ(Format("%s", static_cast<const char*>(nullptr)), "(null)");
 }
 
-TEST(Formatter, PercentThatStartsNoPlaceholderStays) {
+TEST(Formatter, WhatIsNoPlaceholderStaysAsItIs) {
     EXPECT_EQ(Format("100%% of %d", 3), "100% of 3");
     EXPECT_EQ(Format("%%d %d", 1), "%d 1");
     EXPECT_EQ(Format("50% %", 1), "50% %"); // "% %": a space flag, then no letter
@@ -47,30 +47,23 @@ TEST(Formatter, PercentThatStartsNoPlaceholderStays) {
     EXPECT_EQ(Format("%5% %d", 1), "%5% 1");
     EXPECT_EQ(Format("%*d %d", 1), "%*d 1"); // '*' is not part of the rule
     EXPECT_EQ(Format("%%%d%%", 9), "%9%");
-}
-
-TEST(Formatter, LengthModifierNeedsALetterAfterIt) {
-    // "%l." has no letter after the modifier, so the placeholder is "%l".
+    // A length modifier needs a letter after it: "%l." is the placeholder "%l".
     EXPECT_EQ(Format("%l.", "X"), "X.");
     EXPECT_EQ(Format("%I6", "X"), "X6");
     EXPECT_EQ(Format("%hello", "X"), "Xllo");
     EXPECT_EQ(Format("%I64", "X"), "X64");
     EXPECT_EQ(Format("%lld%llx", "A", "B"), "AB");
-}
-
-TEST(Formatter, MissingValuesLeaveThePlaceholderAndSurplusValuesAreDropped) {
-    EXPECT_EQ(Format("%s and %-3.1lld", "one"), "one and %-3.1lld");
-    EXPECT_EQ(Format("only %d", 1, 2, 3), "only 1");
-    EXPECT_EQ(Format("none", 1), "none");
-    EXPECT_EQ(Format("%%s"), "%s");
-}
-
-TEST(Formatter, SubstitutedTextIsNotReadAgain) {
+    // Substituted text is not read again.
     EXPECT_EQ(Format("%s %s", "%s", "b"), "%s b");
     EXPECT_EQ(Format("%s", "100%%"), "100%%");
 }
 
-TEST(Formatter, ValuesGoByIndexWhateverTheOrderOfCalls) {
+TEST(Formatter, ValuesGoByIndexAndMissingOnesLeaveThePlaceholder) {
+    EXPECT_EQ(Format("%s and %-3.1lld", "one"), "one and %-3.1lld");
+    EXPECT_EQ(Format("only %d", 1, 2, 3), "only 1");
+    EXPECT_EQ(Format("%%s"), "%s");
+    EXPECT_EQ(Format(nullptr, 1), "");
+
     const ZORBasStringMode mode(false);
     atr_translate t("%s-%s-%s", mode);
     EXPECT_EQ(t.PlaceholderCount(), 3);
@@ -81,20 +74,17 @@ TEST(Formatter, ValuesGoByIndexWhateverTheOrderOfCalls) {
     EXPECT_EQ(t.Result(mode).str(), "a-%s-c");
     atr_SubstituteFormat(t, 1, "again", mode);
     EXPECT_EQ(t.Result(mode).str(), "again-%s-c");
-}
 
-TEST(Formatter, ManyPlaceholdersAndNullFormat) {
+    // Past the placeholders kept inline.
     std::string format, expected;
     for (int i = 1; i <= 30; ++i) {
         format += "%d,";
         expected += std::to_string(i) + ",";
     }
-    const ZORBasStringMode mode(false);
-    atr_translate t(format.c_str(), mode);
+    atr_translate many(format.c_str(), mode);
     for (int i = 1; i <= 30; ++i)
-        atr_SubstituteFormat(t, i, i, mode);
-    EXPECT_EQ(t.Result(mode).str(), expected);
-    EXPECT_EQ(Format(nullptr, 1), "");
+        atr_SubstituteFormat(many, i, i, mode);
+    EXPECT_EQ(many.Result(mode).str(), expected);
 }
 
 } // namespace

@@ -1,87 +1,77 @@
 // Locks, the mutex factory, the singleton registry and the fatal error.
+#include "ZORSimTestSupport.h"
+
 #include "ZORBasAti.h"
 #include "ZORBasUtlIOStats.h"
 #include "bcu_ResourceMonitor.h"
 
-#include <gtest/gtest.h>
-
 #include <csignal>
-#include <cstdio>
-#include <cstdlib>
-#include <mutex>
-#include <set>
 #include <thread>
 #include <typeinfo>
-#include <vector>
+
+using namespace zorsim_test;
 
 namespace {
 
-constexpr int kThreads = 4;
-constexpr int kRounds = 20000;
-
-TEST(BaseThreadingModel, MutexSerialisesContendingThreads) {
-    ZORBasAtiMutex* mutex = ZORBasAtiThreadingModel::newMutex();
-    ASSERT_NE(mutex, nullptr);
-    long counter = 0; // deliberately unsynchronised except through the mutex
+// Four threads each bump a shared counter `rounds` times by read, yield,
+// write, every time inside lockAround(critical). The total comes out right
+// only when lockAround keeps the other threads out.
+template <class Lock> long Contend(int rounds, Lock&& lockAround) {
+    long counter = 0;
     std::vector<std::thread> threads;
-    for (int t = 0; t < kThreads; ++t) {
+    for (int t = 0; t < 4; ++t)
         threads.emplace_back([&] {
-            for (int i = 0; i < kRounds; ++i) {
-                mutex->Lock();
-                const long seen = counter;
-                std::this_thread::yield();
-                counter = seen + 1;
-                mutex->Unlock();
-                if (i % 1000 == 0)
+            for (int i = 0; i < rounds; ++i)
+                lockAround([&] {
+                    const long seen = counter;
                     std::this_thread::yield();
-            }
+                    counter = seen + 1;
+                });
         });
-    }
     for (auto& thread : threads)
         thread.join();
-    EXPECT_EQ(counter, static_cast<long>(kThreads) * kRounds);
-    ZORBasAtiThreadingModel::deleteMutex(mutex);
-    ZORBasAtiThreadingModel::deleteMutex(nullptr); // null is accepted
+    return counter;
 }
 
-TEST(BaseThreadingModel, InjectedFailureGivesNullThenRecovers) {
+TEST(BaseThreadingModel, MutexSerialisesContendingThreadsAndInjectedFailuresGiveNull) {
+    ZORBasAtiMutex* mutex = ZORBasAtiThreadingModel::newMutex();
+    ASSERT_NE(mutex, nullptr);
+    EXPECT_EQ(Contend(20000,
+                      [&](auto&& critical) {
+                          mutex->Lock();
+                          critical();
+                          mutex->Unlock();
+                      }),
+              4 * 20000);
+    ZORBasAtiThreadingModel::deleteMutex(mutex);
+    ZORBasAtiThreadingModel::deleteMutex(nullptr); // null is accepted
+
     ZORBasAtiThreadingModel::FailNextForTesting(2);
     EXPECT_EQ(ZORBasAtiThreadingModel::newMutex(), nullptr);
     EXPECT_EQ(ZORBasAtiThreadingModel::newMutex(), nullptr);
-    ZORBasAtiMutex* mutex = ZORBasAtiThreadingModel::newMutex();
+    mutex = ZORBasAtiThreadingModel::newMutex();
     EXPECT_NE(mutex, nullptr);
     ZORBasAtiThreadingModel::deleteMutex(mutex);
 }
 
 TEST(BaseGlobalLock, IsRecursiveAndExcludesOtherThreads) {
-    long counter = 0;
-    std::vector<std::thread> threads;
-    for (int t = 0; t < kThreads; ++t) {
-        threads.emplace_back([&] {
-            for (int i = 0; i < kRounds / 4; ++i) {
-                ZORBasAtiGlobalLock::Guard outer;
-                ZORBasAtiGlobalLock::Guard inner; // the same thread again
-                const long seen = counter;
-                std::this_thread::yield();
-                counter = seen + 1;
-            }
-        });
-    }
-    for (auto& thread : threads)
-        thread.join();
-    EXPECT_EQ(counter, static_cast<long>(kThreads) * (kRounds / 4));
+    EXPECT_EQ(Contend(5000,
+                      [](auto&& critical) {
+                          ZORBasAtiGlobalLock::Guard outer;
+                          ZORBasAtiGlobalLock::Guard inner; // the same thread again
+                          critical();
+                      }),
+              4 * 5000);
 }
-
-int g_destroyed = 0;
 
 TEST(BaseSingletonRegistry, AddContainsRemoveCount) {
     omi_SingletonRegistry* registry = omi_SingletonRegistry::Instance();
     ASSERT_NE(registry, nullptr);
-    EXPECT_EQ(omi_SingletonRegistry::Instance(), registry);
     const int before = registry->Count();
+    static int destroyed = 0;
+    const auto destroy = [](void*) { ++destroyed; };
     int objectA = 0;
     int objectB = 0;
-    auto destroy = [](void*) { ++g_destroyed; };
     registry->Add("zorbas-test-A", &objectA, destroy);
     registry->Add("zorbas-test-B", &objectB, destroy);
     registry->Add("zorbas-test-null", nullptr, destroy); // nothing to keep
@@ -89,63 +79,42 @@ TEST(BaseSingletonRegistry, AddContainsRemoveCount) {
     EXPECT_TRUE(registry->Contains("zorbas-test-A"));
     EXPECT_FALSE(registry->Contains("zorbas-test-null"));
     EXPECT_FALSE(registry->Contains(nullptr));
-
     EXPECT_TRUE(registry->Remove(&objectA));
     EXPECT_FALSE(registry->Remove(&objectA));
     EXPECT_FALSE(registry->Contains("zorbas-test-A"));
     EXPECT_TRUE(registry->Remove(&objectB));
     EXPECT_EQ(registry->Count(), before);
-    EXPECT_EQ(g_destroyed, 0); // Remove forgets, it does not destroy
+    EXPECT_EQ(destroyed, 0); // Remove forgets, it does not destroy
 }
 
 TEST(BaseSingletonRegistry, SingletonsAreSharedAndRegistered) {
-    std::set<bcu_ResourceMonitor*> seen;
-    std::mutex seenLock;
-    std::vector<std::thread> threads;
-    for (int t = 0; t < kThreads; ++t) {
-        threads.emplace_back([&] {
-            bcu_ResourceMonitor* monitor = &omi_Singleton<bcu_ResourceMonitor>::Instance();
-            std::lock_guard<std::mutex> guard(seenLock);
-            seen.insert(monitor);
-        });
-    }
-    for (auto& thread : threads)
-        thread.join();
-    EXPECT_EQ(seen.size(), 1u);
-    EXPECT_EQ(*seen.begin(), &omi_Singleton<bcu_ResourceMonitor>::Instance());
+    EXPECT_EQ(&omi_Singleton<bcu_ResourceMonitor>::Instance(),
+              &omi_Singleton<bcu_ResourceMonitor>::Instance());
     EXPECT_EQ(&omi_Singleton<ZORBasUtlIOStats>::Instance(), &omi_Singleton<ZORBasUtlIOStats>::Instance());
-
-    omi_SingletonRegistry* registry = omi_SingletonRegistry::Instance();
-    ASSERT_NE(registry, nullptr);
-    EXPECT_TRUE(registry->Contains(typeid(bcu_ResourceMonitor).name()));
-    EXPECT_TRUE(registry->Contains(typeid(ZORBasUtlIOStats).name()));
+    EXPECT_TRUE(omi_SingletonRegistry::Instance()->Contains(typeid(bcu_ResourceMonitor).name()));
+    EXPECT_TRUE(omi_SingletonRegistry::Instance()->Contains(typeid(ZORBasUtlIOStats).name()));
 }
 
-// Destroyer used at process end: says what it destroys and whether the
-// registry is still reachable from inside it.
-void ReportDestroyed(void* object) {
-    std::fprintf(stderr, "destroyed %s, registry %s\n", static_cast<const char*>(object),
-                 omi_SingletonRegistry::Instance() == nullptr ? "gone" : "alive");
-}
-
-TEST(BaseSingletonRegistryDeathTest, DestroysNewestFirstAtProcessEnd) {
-    static char older[] = "older";
-    static char newer[] = "newer";
-    EXPECT_EXIT(
-        {
-            omi_SingletonRegistry::Instance()->Add("older", older, ReportDestroyed);
-            omi_SingletonRegistry::Instance()->Add("newer", newer, ReportDestroyed);
-            std::exit(0);
+// At process end the registry destroys what it holds, newest first, and is
+// no longer reachable from inside the destroyers.
+TEST(BaseSingletonRegistry, DestroysNewestFirstAtProcessEnd) {
+    ExpectInFreshProcess(
+        [] {
+            static char older[] = "older";
+            static char newer[] = "newer";
+            const auto report = [](void* object) {
+                std::fprintf(stderr, "destroyed %s, registry %s\n", static_cast<const char*>(object),
+                             omi_SingletonRegistry::Instance() == nullptr ? "gone" : "alive");
+            };
+            omi_SingletonRegistry::Instance()->Add("older", older, report);
+            omi_SingletonRegistry::Instance()->Add("newer", newer, report);
         },
-        ::testing::ExitedWithCode(0), "destroyed newer, registry gone\ndestroyed older, registry gone\n");
+        "destroyed newer, registry gone\ndestroyed older, registry gone\n");
 }
 
-TEST(BaseEnv, GetEnvReadsTheEnvironment) {
-    setenv("ZORBAS_TEST_GETENV", "value", 1);
-    ASSERT_NE(ZORBasGetEnv("ZORBAS_TEST_GETENV"), nullptr);
+TEST(BaseEnv, GetEnvReadsTheEnvironmentAndTakesNoNull) {
+    ScopedEnv set("ZORBAS_TEST_GETENV", "value");
     EXPECT_STREQ(ZORBasGetEnv("ZORBAS_TEST_GETENV"), "value");
-    unsetenv("ZORBAS_TEST_GETENV");
-    EXPECT_EQ(ZORBasGetEnv("ZORBAS_TEST_GETENV"), nullptr);
     EXPECT_EQ(ZORBasGetEnv(nullptr), nullptr);
 }
 

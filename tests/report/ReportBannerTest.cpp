@@ -1,100 +1,98 @@
-// The banners of the three report hooks, the report mode read once from
-// SIM_DISABLE_EXCEPTION_REPORT, and the switch that silences exception
-// reports. Each scenario runs in a fresh process.
-#include "ReportTestSupport.h"
+// The banners of the three report hooks and what the failure hooks throw,
+// the report mode read once from SIM_DISABLE_EXCEPTION_REPORT, and the switch
+// that silences exception reports. Each scenario runs in a fresh process.
+#include "ZORSimTestSupport.h"
 
 #include "ZORSimExceptions.h"
 #include "ZORSimUttAssert.h"
 
-#include <cstdlib>
-
-using namespace zorsim_report_test;
+using namespace zorsim_test;
 
 namespace {
 
-const char* const kNotice = "!!! - SIM Exception throw reports are disabled.\n";
-const char* const kLogicBanner = "!!! THE API HAS DETECTED AN INTERNAL LOGIC ERROR.\n!!! broken invariant\n";
-const char* const kClientBanner =
-    "!!! THE API HAS DETECTED AN ARGUMENT ERROR OR INCORRECT USE BY THE CLIENT.\n!!! bad argument\n";
+const std::string kNotice = "!!! - SIM Exception throw reports are disabled.\n";
+const std::string kTrace = "!!! TRACEBACK:\n!!!   ";
+
+// The failure hooks write their banner and a trace whatever the report
+// switches say, then throw with the raising source and line recorded.
+void ExpectFailureReportsAndThrows() {
+    StderrCapture assertion;
+    try {
+        ZORSimUttAssert::ReportAssertionFailure("broken invariant");
+        ADD_FAILURE() << "no exception";
+    } catch (const ZORBasAssertException& error) {
+        EXPECT_STREQ("broken invariant", error.Text());
+        EXPECT_STREQ("ZORSimUttAssert", error.ThrowFile());
+        EXPECT_EQ(213, error.ThrowLine());
+    }
+    const std::string logic = assertion.Finish();
+    EXPECT_TRUE(StartsWith(
+        logic, "!!! THE API HAS DETECTED AN INTERNAL LOGIC ERROR.\n!!! broken invariant\n" + kTrace))
+        << logic;
+    EXPECT_EQ(logic.find(kNotice), std::string::npos) << logic; // the notice belongs to exception reports
+
+    StderrCapture validation;
+    try {
+        ZORSimUttAssert::ReportValidationFailure("bad argument");
+        ADD_FAILURE() << "no exception";
+    } catch (const ZORSimExcValidationFailure& error) {
+        // The caller's text was for the log only.
+        EXPECT_EQ("Validation failure - inconsistent state has been reached.",
+                  error.AsString(ZORBasStringMode(false)).str());
+        EXPECT_STREQ("ZORSimUttAssert", error.ThrowFile());
+        EXPECT_EQ(220, error.ThrowLine());
+    }
+    const std::string client = validation.Finish();
+    EXPECT_TRUE(
+        StartsWith(client, "!!! THE API HAS DETECTED AN ARGUMENT ERROR OR INCORRECT USE BY THE CLIENT.\n"
+                           "!!! bad argument\n" +
+                               kTrace))
+        << client;
+}
 
 } // namespace
 
-TEST(ReportBanner, ExceptionReportIsBannerThenTraceByDefault) {
+TEST(ReportBanner, ExceptionReportIsBannerThenTraceAndTheModeIsKept) {
     ExpectInFreshProcess([] {
-        unsetenv("SIM_DISABLE_EXCEPTION_REPORT");
+        SetEnv("SIM_DISABLE_EXCEPTION_REPORT", nullptr);
         StderrCapture capture;
         ZORSimUttAssert::ReportException("I/O out of bounds - start: 1, end: 2, limit: 3");
+        SetEnv("SIM_DISABLE_EXCEPTION_REPORT", "1"); // too late: decided on the first report
+        ZORSimUttAssert::ReportException("after");
         const std::string out = capture.Finish();
-        EXPECT_TRUE(StartsWith(out, "!!! EXCEPTION:\n!!!   I/O out of bounds - start: 1, end: 2, limit: 3\n"
-                                    "!!! TRACEBACK:\n!!!   "))
+        EXPECT_TRUE(StartsWith(out, "!!! EXCEPTION:\n!!!   I/O out of bounds - start: 1, end: 2, limit: 3\n" +
+                                        kTrace))
             << out;
+        EXPECT_NE(out.find("!!! EXCEPTION:\n!!!   after\n" + kTrace), std::string::npos) << out;
+        EXPECT_EQ(out.find(kNotice), std::string::npos) << out;
+        ExpectFailureReportsAndThrows();
     });
 }
 
-TEST(ReportBanner, DisablingVariableKeepsBannersAndWritesNoticeOnce) {
+TEST(ReportBanner, DisablingVariableDropsTracesOnlyAndWritesNoticeOnce) {
     ExpectInFreshProcess([] {
-        setenv("SIM_DISABLE_EXCEPTION_REPORT", "", 1); // any value counts, even an empty one
+        SetEnv("SIM_DISABLE_EXCEPTION_REPORT", ""); // any value counts, even an empty one
         StderrCapture capture;
         ZORSimUttAssert::ReportException("first");
         EXPECT_THROW(ZORSimExcNoSuchFile("missing.sim").Propagate(), ZORSimExcNoSuchFile);
-        const std::string out = capture.Finish();
-        EXPECT_EQ(std::string(kNotice) + "!!! EXCEPTION:\n!!!   first\n" +
-                      "!!! EXCEPTION:\n!!!   No such file: missing.sim\n",
-                  out);
-    });
-}
-
-TEST(ReportBanner, ReportModeIsDecidedOnFirstReportOnly) {
-    ExpectInFreshProcess([] {
-        unsetenv("SIM_DISABLE_EXCEPTION_REPORT");
-        StderrCapture capture;
-        ZORSimUttAssert::ReportException("before");
-        setenv("SIM_DISABLE_EXCEPTION_REPORT", "1", 1);
+        SetEnv("SIM_DISABLE_EXCEPTION_REPORT", nullptr);
         ZORSimUttAssert::ReportException("after");
-        const std::string out = capture.Finish();
-        EXPECT_EQ(out.find(kNotice), std::string::npos) << out;
-        const std::size_t after = out.find("!!! EXCEPTION:\n!!!   after\n!!! TRACEBACK:\n");
-        EXPECT_NE(after, std::string::npos) << out;
-    });
-    ExpectInFreshProcess([] {
-        setenv("SIM_DISABLE_EXCEPTION_REPORT", "1", 1);
-        StderrCapture capture;
-        ZORSimUttAssert::ReportException("before");
-        unsetenv("SIM_DISABLE_EXCEPTION_REPORT");
-        ZORSimUttAssert::ReportException("after");
-        EXPECT_EQ(std::string(kNotice) + "!!! EXCEPTION:\n!!!   before\n!!! EXCEPTION:\n!!!   after\n",
+        EXPECT_EQ(kNotice + "!!! EXCEPTION:\n!!!   first\n!!! EXCEPTION:\n!!!   No such file: missing.sim\n" +
+                      "!!! EXCEPTION:\n!!!   after\n",
                   capture.Finish());
+        SetEnv("SIM_DISABLE_EXCEPTION_REPORT", "1");
+        ExpectFailureReportsAndThrows();
     });
 }
 
 TEST(ReportBanner, DisabledExceptionReportsPrintNothingButFailuresStillReport) {
     ExpectInFreshProcess([] {
-        unsetenv("SIM_DISABLE_EXCEPTION_REPORT");
+        SetEnv("SIM_DISABLE_EXCEPTION_REPORT", nullptr);
         ZORSimUttAssertDisableExcReport();
         StderrCapture capture;
         ZORSimUttAssert::ReportException("silenced");
         EXPECT_THROW(ZORSimExcIOBounds(1, 2, 3).Propagate(), ZORSimExcIOBounds);
         EXPECT_EQ("", capture.Finish());
-
-        StderrCapture assertion;
-        EXPECT_THROW(ZORSimUttAssert::ReportAssertionFailure("broken invariant"), ZORBasAssertException);
-        const std::string logic = assertion.Finish();
-        EXPECT_TRUE(StartsWith(logic, std::string(kLogicBanner) + "!!! TRACEBACK:\n!!!   ")) << logic;
-
-        StderrCapture validation;
-        EXPECT_THROW(ZORSimUttAssert::ReportValidationFailure("bad argument"), ZORSimExcValidationFailure);
-        const std::string client = validation.Finish();
-        EXPECT_TRUE(StartsWith(client, std::string(kClientBanner) + "!!! TRACEBACK:\n!!!   ")) << client;
-    });
-}
-
-TEST(ReportBanner, FailureReportsTraceEvenWhenTheVariableIsSet) {
-    ExpectInFreshProcess([] {
-        setenv("SIM_DISABLE_EXCEPTION_REPORT", "1", 1);
-        StderrCapture capture;
-        EXPECT_THROW(ZORSimUttAssert::ReportAssertionFailure("broken invariant"), ZORBasAssertException);
-        const std::string out = capture.Finish();
-        EXPECT_TRUE(StartsWith(out, std::string(kLogicBanner) + "!!! TRACEBACK:\n!!!   ")) << out;
-        EXPECT_EQ(out.find(kNotice), std::string::npos) << out; // the notice belongs to exception reports
+        ExpectFailureReportsAndThrows();
     });
 }

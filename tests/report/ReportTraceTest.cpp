@@ -1,27 +1,30 @@
 // The symbolic stack trace: frames start at the hook's caller, name the
-// function, file and line of each call, stop at main, and stay the same when
-// they come from the frame cache. Each scenario runs in a fresh process.
-#include "ReportTestSupport.h"
+// function, file and line of each call (also in a library loaded later), stop
+// at main, and stay the same when they come from the frame cache. Each
+// scenario runs in a fresh process.
+#include "ZORSimTestSupport.h"
 
 #include "ZORSimExceptions.h"
 #include "ZORSimUttAssert.h"
 
+#include <algorithm>
 #include <atomic>
 #include <dlfcn.h>
-#include <cstdlib>
 #include <thread>
 
-using namespace zorsim_report_test;
+using namespace zorsim_test;
 
 namespace zorsim_report_test {
 
 int g_callLine = 0;
 volatile int g_sink = 0;
 
+// g_sink is touched after each call so that none is a tail call: the
+// caller's frame must stay on the stack.
 ZORSIM_NOINLINE void ReportFromHere() {
     g_callLine = __LINE__ + 1;
     ZORSimUttAssert::ReportException("direct");
-    g_sink = g_sink + 1; // no tail call: this frame must stay on the stack
+    g_sink = g_sink + 1;
 }
 
 ZORSIM_NOINLINE void AssertFromHere() {
@@ -50,89 +53,80 @@ std::vector<std::string> Frames(const std::string& out) {
     std::vector<std::string> frames;
     bool inTrace = false;
     for (const std::string& line : Lines(out)) {
-        if (!inTrace) {
+        if (!inTrace)
             inTrace = line == "!!! TRACEBACK:";
-            continue;
-        }
-        if (!StartsWith(line, "!!!   "))
+        else if (StartsWith(line, "!!!   "))
+            frames.push_back(line);
+        else
             break;
-        frames.push_back(line);
     }
     return frames;
 }
 
-std::string FrameOf(const char* function) {
-    return std::string("!!!   zorsim_report_test::") + function + "() in " + __FILE__ + ":" +
-           std::to_string(g_callLine);
-}
-
-bool IsMain(const std::string& frame) {
-    return frame == "!!!   main" || StartsWith(frame, "!!!   main in ");
-}
-
 void ExpectEndsAtMain(const std::vector<std::string>& frames) {
     ASSERT_FALSE(frames.empty());
-    EXPECT_TRUE(IsMain(frames.back())) << frames.back();
-    int mains = 0;
-    for (const std::string& frame : frames)
-        mains += IsMain(frame) ? 1 : 0;
-    EXPECT_EQ(1, mains);
-}
-
-void ClearEnvironment() {
-    unsetenv("SIM_DISABLE_EXCEPTION_REPORT");
+    EXPECT_TRUE(frames.back() == "!!!   main" || StartsWith(frames.back(), "!!!   main in "))
+        << frames.back();
 }
 
 } // namespace
 
-TEST(ReportTrace, EachHookStartsAtItsCallerAndStopsAtMain) {
+TEST(ReportTrace, FramesNameCallerFileAndLineAndStopAtMain) {
     ExpectInFreshProcess([] {
-        ClearEnvironment();
-        StderrCapture direct;
-        ReportFromHere();
-        std::vector<std::string> frames = Frames(direct.Finish());
-        ASSERT_FALSE(frames.empty());
-        EXPECT_EQ(FrameOf("ReportFromHere"), frames[0]);
-        ExpectEndsAtMain(frames);
-
-        StderrCapture assertion;
-        EXPECT_THROW(AssertFromHere(), ZORBasAssertException);
-        frames = Frames(assertion.Finish());
-        ASSERT_FALSE(frames.empty());
-        EXPECT_EQ(FrameOf("AssertFromHere"), frames[0]);
-        ExpectEndsAtMain(frames);
-
-        StderrCapture validation;
-        EXPECT_THROW(ValidateFromHere(), ZORSimExcValidationFailure);
-        frames = Frames(validation.Finish());
-        ASSERT_FALSE(frames.empty());
-        EXPECT_EQ(FrameOf("ValidateFromHere"), frames[0]);
-        ExpectEndsAtMain(frames);
-    });
-}
-
-TEST(ReportTrace, PropagateShowsItselfThenItsCallerAndCachedTracesMatch) {
-    ExpectInFreshProcess([] {
-        ClearEnvironment();
-        std::string first;
-        std::string second;
-        for (std::string* out : {&first, &second}) {
-            StderrCapture capture;
-            EXPECT_THROW(PropagateFromHere(), ZORSimExcIOBounds);
-            *out = capture.Finish();
+        SetEnv("SIM_DISABLE_EXCEPTION_REPORT", nullptr);
+        using namespace zorsim_report_test;
+        struct Case {
+            const char* function;
+            void (*call)();
+            std::size_t callerAt; // Propagate shows itself above its caller
+        };
+        for (const Case& c :
+             {Case{"ReportFromHere", ReportFromHere, 0}, Case{"AssertFromHere", AssertFromHere, 0},
+              Case{"ValidateFromHere", ValidateFromHere, 0},
+              Case{"PropagateFromHere", PropagateFromHere, 1}}) {
+            SCOPED_TRACE(c.function);
+            std::string out[2]; // the second trace comes from the frame cache
+            for (std::string& text : out) {
+                StderrCapture capture;
+                try {
+                    c.call();
+                } catch (const ZORBasException&) {
+                }
+                text = capture.Finish();
+            }
+            EXPECT_EQ(out[0], out[1]);
+            const std::vector<std::string> frames = Frames(out[0]);
+            ASSERT_GT(frames.size(), c.callerAt) << out[0];
+            if (c.callerAt == 1) {
+                EXPECT_TRUE(StartsWith(frames[0], "!!!   ZORSimExcIOBounds::Propagate() const")) << frames[0];
+            }
+            EXPECT_EQ("!!!   zorsim_report_test::" + std::string(c.function) + "() in " + __FILE__ + ":" +
+                          std::to_string(g_callLine),
+                      frames[c.callerAt]);
+            ExpectEndsAtMain(frames);
         }
-        const std::vector<std::string> frames = Frames(first);
-        ASSERT_GE(frames.size(), 2u) << first;
-        EXPECT_TRUE(StartsWith(frames[0], "!!!   ZORSimExcIOBounds::Propagate() const")) << frames[0];
-        EXPECT_EQ(FrameOf("PropagateFromHere"), frames[1]);
+
+        // Code mapped after symbol look-up was set up is found too.
+        void* plugin = dlopen(ZORSIM_REPORT_PLUGIN, RTLD_NOW | RTLD_LOCAL);
+        ASSERT_NE(nullptr, plugin) << dlerror();
+        using Raise = void (*)(const char**, int*);
+        const auto raise = reinterpret_cast<Raise>(dlsym(plugin, "zorsim_report_plugin_raise"));
+        ASSERT_NE(nullptr, raise);
+        const char* file = nullptr;
+        int line = 0;
+        StderrCapture capture;
+        EXPECT_THROW(raise(&file, &line), ZORSimExcNoSuchForm);
+        const std::vector<std::string> frames = Frames(capture.Finish());
+        ASSERT_GE(frames.size(), 2u);
+        EXPECT_EQ(std::string("!!!   zorsim_report_plugin_raise in ") + file + ":" + std::to_string(line),
+                  frames[1]);
         ExpectEndsAtMain(frames);
-        EXPECT_EQ(first, second); // the second trace comes from the frame cache
     });
 }
 
 TEST(ReportTrace, ConcurrentReportsEachPrintAWholeTrace) {
     ExpectInFreshProcess([] {
-        ClearEnvironment();
+        SetEnv("SIM_DISABLE_EXCEPTION_REPORT", nullptr);
         constexpr int kThreads = 4;
         constexpr int kReports = 25;
         std::atomic<int> thrown{0};
@@ -150,35 +144,8 @@ TEST(ReportTrace, ConcurrentReportsEachPrintAWholeTrace) {
             });
         for (std::thread& thread : threads)
             thread.join();
-        const std::string out = capture.Finish();
+        const std::vector<std::string> lines = Lines(capture.Finish());
         EXPECT_EQ(kThreads * kReports, thrown.load());
-        int traces = 0;
-        for (const std::string& line : Lines(out))
-            traces += line == "!!! TRACEBACK:" ? 1 : 0;
-        EXPECT_EQ(kThreads * kReports, traces);
-    });
-}
-
-TEST(ReportTrace, LibraryLoadedAfterSetUpIsNamed) {
-    ExpectInFreshProcess([] {
-        ClearEnvironment();
-        {
-            StderrCapture setUp; // the first trace sets symbol look-up up
-            ReportFromHere();
-        }
-        void* plugin = dlopen(ZORSIM_REPORT_PLUGIN, RTLD_NOW | RTLD_LOCAL);
-        ASSERT_NE(nullptr, plugin) << dlerror();
-        using Raise = void (*)(const char**, int*);
-        const auto raise = reinterpret_cast<Raise>(dlsym(plugin, "zorsim_report_plugin_raise"));
-        ASSERT_NE(nullptr, raise);
-        const char* file = nullptr;
-        int line = 0;
-        StderrCapture capture;
-        EXPECT_THROW(raise(&file, &line), ZORSimExcNoSuchForm);
-        const std::vector<std::string> frames = Frames(capture.Finish());
-        ASSERT_GE(frames.size(), 2u);
-        EXPECT_EQ(std::string("!!!   zorsim_report_plugin_raise in ") + file + ":" + std::to_string(line),
-                  frames[1]);
-        ExpectEndsAtMain(frames);
+        EXPECT_EQ(kThreads * kReports, std::count(lines.begin(), lines.end(), "!!! TRACEBACK:"));
     });
 }

@@ -1,5 +1,4 @@
 // Bounded copy, case-insensitive comparison and the XML attribute lookup.
-
 #include "ZORSimUttUtils.h"
 #include "ZORSimUttXMLUtils.h"
 
@@ -7,93 +6,54 @@
 
 #include <cstring>
 #include <string>
+#include <tuple>
 
 namespace {
 
-// A buffer pre-filled with a marker, so that untouched bytes can be told
-// from written ones.
-struct Buffer {
+// The first `shown` bytes of a buffer pre-filled with 'X' after the call,
+// so that untouched bytes can be told from written ones.
+template <class F> std::string Written(F&& call, std::size_t shown) {
     char bytes[16];
-    Buffer() { std::memset(bytes, 'X', sizeof bytes); }
-    std::string Raw(int n) const { return std::string(bytes, n); }
-};
-
-} // namespace
-
-TEST(ZORSimUttUtilsCopy, CutsAtCapacityMinusOneAndTerminates) {
-    Buffer b;
-    ZORSimUttUtils::Copy(b.bytes, "abcdef", 4);
-    EXPECT_EQ(b.Raw(5), std::string("abc\0X", 5));
+    std::memset(bytes, 'X', sizeof bytes);
+    call(bytes);
+    return std::string(bytes, shown);
 }
 
-TEST(ZORSimUttUtilsCopy, ZeroFillsTheWholeCapacityAndNothingBeyond) {
-    Buffer b;
-    ZORSimUttUtils::Copy(b.bytes, "ab", 8);
-    EXPECT_EQ(b.Raw(9), std::string("ab\0\0\0\0\0\0X", 9));
-
-    // An exact fit and an empty source still clear every byte.
-    Buffer exact;
-    ZORSimUttUtils::Copy(exact.bytes, "abc", 4);
-    EXPECT_EQ(exact.Raw(5), std::string("abc\0X", 5));
-    Buffer empty;
-    ZORSimUttUtils::Copy(empty.bytes, "", 3);
-    EXPECT_EQ(empty.Raw(4), std::string("\0\0\0X", 4));
-    Buffer null;
-    ZORSimUttUtils::Copy(null.bytes, nullptr, 3);
-    EXPECT_EQ(null.Raw(4), std::string("\0\0\0X", 4));
-}
-
-TEST(ZORSimUttUtilsCopy, CapacityOneLeavesOnlyTheTerminator) {
-    Buffer b;
-    ZORSimUttUtils::Copy(b.bytes, "abc", 1);
-    EXPECT_EQ(b.Raw(2), std::string("\0X", 2));
-}
-
-TEST(ZORSimUttUtilsCopy, CapacityZeroCopiesEverythingWithTheTerminatorOnly) {
-    Buffer b;
-    ZORSimUttUtils::Copy(b.bytes, "abcdefghij", 0);
-    EXPECT_EQ(b.Raw(12), std::string("abcdefghij\0X", 12));
-}
-
-TEST(ZORSimUttUtilsCopyNoZB, CopiesExactlyCountBytes) {
-    Buffer b;
-    ZORSimUttUtils::CopyNoZB(b.bytes, "abcdef", 3);
-    EXPECT_EQ(b.Raw(4), "abcX");
-
-    // Terminators and what follows them are bytes like any other.
+TEST(ZORSimUttUtils, CopyCutsZeroFillsTheCapacityAndTerminates) {
+    // Capacity 0 means no bound: all of the source and the terminator.
+    using Case = std::tuple<const char*, int, std::string>;
+    const Case cases[] = {{"abcdef", 4, std::string("abc\0X", 5)},
+                          {"ab", 8, std::string("ab\0\0\0\0\0\0X", 9)},
+                          {"abc", 4, std::string("abc\0X", 5)},
+                          {"", 3, std::string("\0\0\0X", 4)},
+                          {nullptr, 3, std::string("\0\0\0X", 4)},
+                          {"abc", 1, std::string("\0X", 2)},
+                          {"abcdefghij", 0, std::string("abcdefghij\0X", 12)}};
+    for (const auto& [source, capacity, expected] : cases)
+        EXPECT_EQ(Written([&](char* to) { ZORSimUttUtils::Copy(to, source, capacity); }, expected.size()),
+                  expected)
+            << capacity;
+    // CopyNoZB copies exactly count bytes, terminators included.
     const char source[] = {'a', '\0', 'b', 'c'};
-    Buffer raw;
-    ZORSimUttUtils::CopyNoZB(raw.bytes, source, 4);
-    EXPECT_EQ(raw.Raw(5), std::string("a\0bcX", 5));
-
-    Buffer none;
-    ZORSimUttUtils::CopyNoZB(none.bytes, "abc", 0);
-    EXPECT_EQ(none.Raw(1), "X");
+    EXPECT_EQ(Written([&](char* to) { ZORSimUttUtils::CopyNoZB(to, source, 4); }, 5),
+              std::string("a\0bcX", 5));
+    EXPECT_EQ(Written([](char* to) { ZORSimUttUtils::CopyNoZB(to, "abcdef", 3); }, 4), "abcX");
+    EXPECT_EQ(Written([](char* to) { ZORSimUttUtils::CopyNoZB(to, "abc", 0); }, 1), "X");
 }
 
-TEST(ZORSimUttUtilsSameStr, WholeStringsIgnoringASCIICase) {
-    EXPECT_TRUE(ZORSimUttUtils::SameStr("Name", "NAME", 0));
-    EXPECT_TRUE(ZORSimUttUtils::SameStr("", "", 0));
-    EXPECT_FALSE(ZORSimUttUtils::SameStr("abc", "abcd", 0));
-    EXPECT_FALSE(ZORSimUttUtils::SameStr("abcd", "abc", 0));
-    EXPECT_FALSE(ZORSimUttUtils::SameStr("abc", "abd", 0));
-}
-
-TEST(ZORSimUttUtilsSameStr, CountLimitsTheComparison) {
-    EXPECT_TRUE(ZORSimUttUtils::SameStr("abcX", "abcY", 3));
-    EXPECT_FALSE(ZORSimUttUtils::SameStr("abcX", "abcY", 4));
-    EXPECT_TRUE(ZORSimUttUtils::SameStr("abc", "ABCD", 3));
-    // A count beyond both ends stops at the terminators.
-    EXPECT_TRUE(ZORSimUttUtils::SameStr("abc", "ABC", 100));
-    EXPECT_FALSE(ZORSimUttUtils::SameStr("abc", "ABCD", 100));
-}
-
-TEST(ZORSimUttUtilsSameStr, FoldsOnlyTheASCIILetters) {
-    // Pairs that differ by 0x20 but are not letters.
-    EXPECT_FALSE(ZORSimUttUtils::SameStr("@", "`", 0));
-    EXPECT_FALSE(ZORSimUttUtils::SameStr("[", "{", 0));
-    EXPECT_FALSE(ZORSimUttUtils::SameStr("\xC3\x84", "\xC3\xA4", 0)); // A and a with diaeresis
-    EXPECT_TRUE(ZORSimUttUtils::SameStr("Z_9", "z_9", 0));
+TEST(ZORSimUttUtils, SameStrFoldsOnlyASCIILettersUpToCount) {
+    // Count 0 compares the whole strings; a count beyond both ends stops at
+    // the terminators. The last three pairs differ by 0x20 but are no letters.
+    using Case = std::tuple<const char*, const char*, int, bool>;
+    const Case cases[] = {{"Name", "NAME", 0, true},  {"", "", 0, true},
+                          {"abc", "abcd", 0, false},  {"abcd", "abc", 0, false},
+                          {"abc", "abd", 0, false},   {"abcX", "abcY", 3, true},
+                          {"abcX", "abcY", 4, false}, {"abc", "ABCD", 3, true},
+                          {"abc", "ABC", 100, true},  {"abc", "ABCD", 100, false},
+                          {"Z_9", "z_9", 0, true},    {"@", "`", 0, false},
+                          {"[", "{", 0, false},       {"\xC3\x84", "\xC3\xA4", 0, false}};
+    for (const auto& [a, b, count, same] : cases)
+        EXPECT_EQ(ZORSimUttUtils::SameStr(a, b, count), same) << a << " / " << b << " / " << count;
 }
 
 TEST(ZORSimUttXMLUtils, GetAttrFindsTheFirstNameIgnoringCase) {
@@ -102,8 +62,9 @@ TEST(ZORSimUttXMLUtils, GetAttrFindsTheFirstNameIgnoringCase) {
     EXPECT_EQ(ZORSimUttXMLUtils::GetAttr(attributes, "ID"), attributes[1]);
     EXPECT_EQ(ZORSimUttXMLUtils::GetAttr(attributes, "7"), nullptr); // values are not names
     EXPECT_EQ(ZORSimUttXMLUtils::GetAttr(attributes, "typ"), nullptr);
-
     const char* none[] = {nullptr};
     EXPECT_EQ(ZORSimUttXMLUtils::GetAttr(none, "id"), nullptr);
     EXPECT_EQ(ZORSimUttXMLUtils::GetAttr(nullptr, "id"), nullptr);
 }
+
+} // namespace
