@@ -8,7 +8,8 @@ int main() {
     try {
         ZORSimExcNoSuchFile("/data/run.1.tmp").Propagate();
     } catch (const ZORBasException& e) {
-        if (e.GetCode() != 1013 || std::strcmp(e.AsString(ZORBasStringMode(false)).c_str(), "No such file: /data/run.1.tmp"))
+        if (e.GetCode() != 1013 ||
+            std::strcmp(e.AsString(ZORBasStringMode(false)).c_str(), "No such file: /data/run.1.tmp"))
             return 1;
     }
     if (ZORSimContainers_initializeC() < 2)
