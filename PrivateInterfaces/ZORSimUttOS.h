@@ -9,6 +9,9 @@
 
 namespace ZORSimUttOS {
 
+// Each area below keeps its own section; an implementation per platform in
+// posix/ZORSimUttOS<Area>.cpp and win32/ZORSimUttOS<Area>.cpp.
+
 // ---- stack traces ----------------------------------------------------------
 
 // Captures up to `capacity` return addresses of the calling thread,
@@ -31,19 +34,28 @@ struct SymbolInfo {
 // Looks up a return address captured by CaptureStack.
 SymbolInfo Symbolize(void* returnAddress);
 
+// ---- command line ----------------------------------------------------------
+
+// ---- directories, globbing and file tests ----------------------------------
+
+// ---- files -------------------------------------------------------------------
+
 } // namespace ZORSimUttOS
 
 // Fault injection into the seam, for tests of the error paths: an armed call
-// fails in the OS layer as if the OS had refused it with `error`.
+// fails in the OS layer as if the OS had refused it with `error`. Calls are
+// named by the service name the library reports for them ("CreateFile",
+// "WriteFile", "FindNextFile", ...) or, for calls without one, by the seam
+// function's name ("InitializeSymbols", "CaptureStack").
 namespace ZORSimUttOSFault {
 
-enum class Call { InitializeSymbols, CaptureStack, Count };
-
-// The next `times` calls of `call` fail with `error` (an errno value on
-// POSIX, a GetLastError value on Windows).
-ZORSIM_API void Arm(Call call, int error, int times = 1);
+// After `after` further calls of `call` succeed, the next `times` calls fail
+// with `error` (an errno value on POSIX, a GetLastError value on Windows).
+// Arming a call again replaces its earlier arming. A transfer call armed with
+// error 0 "succeeds" having moved no bytes.
+ZORSIM_API void Arm(const char* call, int error, int times = 1, int after = 0);
 ZORSIM_API void DisarmAll();
 // Used by the OS layer: true (and the error) when this call is to fail.
-bool Take(Call call, int& error);
+bool Take(const char* call, int& error);
 
 } // namespace ZORSimUttOSFault

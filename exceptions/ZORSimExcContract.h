@@ -1,10 +1,11 @@
 // The exception contract, implemented once. Every catalogue class is
 // generated from one table row by the macros below:
 //
-//   ZORSIM_EXC(Name, code, Base, n, "message format", (Field, Type)...)
+//   ZORSIM_EXC(Name, code, Base, (k...), "message format", (Field, Type)...)
 //
-// Name derives from Base and passes its first n constructor values to Base's
-// constructor; it also keeps its own copy of every value, which its getters
+// Name derives from Base and hands its values at positions k... to Base's
+// constructor, in Base's own parameter order (usually (1, 2, ...): the
+// shared leading values); it also keeps its own copy of every value, which its getters
 // (Get<Field>) and its message read. Value k fills placeholder k of the
 // format, rendered by its type (see ZORSimExcField).
 #pragma once
@@ -134,12 +135,12 @@ template <class T> ZORBasException* ZORSimExcCloneOf(const T& original) {
 #define ZORSIM_PP_LIST_8(M, a, b, c, d, e, f, g, h) ZORSIM_PP_LIST_7(M, a, b, c, d, e, f, g), M(8, h)
 #define ZORSIM_PP_LIST_9(M, a, b, c, d, e, f, g, h, i) ZORSIM_PP_LIST_8(M, a, b, c, d, e, f, g, h), M(9, i)
 
-// The leading constructor values handed to the base.
-#define ZORSIM_EXC_BASE_ARGS_0
-#define ZORSIM_EXC_BASE_ARGS_1 a1
-#define ZORSIM_EXC_BASE_ARGS_2 a1, a2
-#define ZORSIM_EXC_BASE_ARGS_3 a1, a2, a3
-#define ZORSIM_EXC_BASE_ARGS_4 a1, a2, a3, a4
+// The constructor values handed to the base: a parenthesised list of 1-based
+// value positions in the base's own parameter order, e.g. (1, 2) or (3, 1, 2).
+#define ZORSIM_PP_UNPAREN(...) __VA_ARGS__
+#define ZORSIM_EXC_X_BASE_ARG(i, k) a##k
+#define ZORSIM_EXC_BASE_CALL(BaseArgs) ZORSIM_EXC_BASE_CALL_I(ZORSIM_PP_UNPAREN BaseArgs)
+#define ZORSIM_EXC_BASE_CALL_I(...) ZORSIM_PP_LIST(ZORSIM_EXC_X_BASE_ARG, __VA_ARGS__)
 
 #define ZORSIM_EXC_FNAME(name, type) name
 #define ZORSIM_EXC_FTYPE(name, type) type
@@ -178,8 +179,7 @@ template <class T> ZORBasException* ZORSimExcCloneOf(const T& original) {
 // message of the most derived class (a virtual call) and throws a copy.
 #define ZORSIM_EXC_DEFINE(Name, CodeValue, Base, BaseArgs, Format, ...)                                      \
     Name::Name(ZORSIM_PP_LIST(ZORSIM_EXC_X_PARAM, __VA_ARGS__))                                              \
-        : Base(ZORSIM_PP_CAT(ZORSIM_EXC_BASE_ARGS_, BaseArgs))                                               \
-              ZORSIM_PP_EACH(ZORSIM_EXC_X_INIT, __VA_ARGS__) {}                                              \
+        : Base(ZORSIM_EXC_BASE_CALL(BaseArgs)) ZORSIM_PP_EACH(ZORSIM_EXC_X_INIT, __VA_ARGS__) {}             \
     Name::Name(const Name& other) : Base(other) ZORSIM_PP_EACH(ZORSIM_EXC_X_COPY, __VA_ARGS__) {}            \
     Name::~Name() = default;                                                                                 \
     int Name::GetCode() const {                                                                              \

@@ -141,6 +141,9 @@ template <> struct ValueOf<ZORSimUttSerSystemError> {
 #include "ZORSimExcCatalogue.inc"
 #undef ZORSIM_EXC
 
+#define ZORSIM_REG_BASE_COUNT(BaseArgs) ZORSIM_REG_BASE_COUNT_I(ZORSIM_PP_UNPAREN BaseArgs)
+#define ZORSIM_REG_BASE_COUNT_I(...) ZORSIM_PP_NARGS(__VA_ARGS__)
+
 // Second pass: one entry per class.
 #define ZORSIM_EXC(Name, CodeValue, Base, BaseArgs, Format, ...)                                             \
     {#Name,                                                                                                  \
@@ -148,7 +151,8 @@ template <> struct ValueOf<ZORSimUttSerSystemError> {
      #Base,                                                                                                  \
      ZORSIM_EXC_BLOCK,                                                                                       \
      Format,                                                                                                 \
-     BaseArgs,                                                                                               \
+     ZORSIM_REG_BASE_COUNT(BaseArgs),                                                                        \
+     {ZORSIM_PP_UNPAREN BaseArgs},                                                                           \
      ZORSIM_PP_NARGS(__VA_ARGS__),                                                                           \
      kFields_##Name,                                                                                         \
      [](const ZORSimExcValue* values) -> ZORBasException* {                                                  \

@@ -32,7 +32,8 @@ struct ZORSimExcClassInfo {
     const char* base;  // the direct base class
     const char* block; // the catalogue block the class belongs to
     const char* format;
-    int baseArgCount; // leading values also handed to the base
+    int baseArgCount; // values also handed to the base's constructor
+    int baseArgs[9];  // their 1-based positions, in the base's parameter order
     int fieldCount;
     const ZORSimExcFieldInfo* fields;
 

@@ -7,7 +7,7 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 cd "$root"
 
 packages=(g++ cmake ninja-build pkg-config libexpat1-dev libdw-dev googletest libgtest-dev libgmock-dev
-          libbenchmark-dev)
+          libbenchmark-dev clang libclang-rt-14-dev)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
@@ -29,8 +29,8 @@ case "${1:-}" in
     ;;
   test)
     # Warnings are errors here, as in CI; then the same suite under ASan+UBSan
-    # and under ThreadSanitizer.
-    for preset in ci asan tsan; do
+    # and under ThreadSanitizer; then each fuzz target for a bounded time.
+    for preset in ci asan tsan fuzz; do
       cmake --preset "$preset"
       cmake --build --preset "$preset"
       ctest --preset "$preset"

@@ -1,61 +1,73 @@
 // Fault injection into the OS seam. Production code pays one relaxed load
-// per seam call: the count of pending failures is zero unless a test armed
-// something.
+// per seam call: the count of armed calls is zero unless a test armed one.
 #include "ZORSimUttOS.h"
 
 #include <atomic>
-#include <cstddef>
+#include <map>
+#include <mutex>
+#include <string>
+#include <string_view>
 
 namespace ZORSimUttOSFault {
 namespace {
 
-constexpr std::size_t kCalls = static_cast<std::size_t>(Call::Count);
-
 struct Arming {
-    std::atomic<int> times{0};
-    std::atomic<int> error{0};
+    int error = 0;
+    int times = 0;
+    int after = 0;
 };
 
-Arming g_arms[kCalls];
-// Sum of the remaining failures over all calls; the fast path reads only this.
-std::atomic<int> g_pending{0};
+std::mutex& Mutex() {
+    static std::mutex mutex;
+    return mutex;
+}
+std::map<std::string, Arming, std::less<>>& Armings() {
+    static std::map<std::string, Arming, std::less<>> armings;
+    return armings;
+}
+// Number of calls with failures still to come; the fast path reads only this.
+std::atomic<int> g_armed{0};
 
 } // namespace
 
-void Arm(Call call, int error, int times) {
-    const auto index = static_cast<std::size_t>(call);
-    if (index >= kCalls)
+void Arm(const char* call, int error, int times, int after) {
+    if (call == nullptr)
         return;
-    if (times < 0)
-        times = 0;
-    g_arms[index].error.store(error, std::memory_order_relaxed);
-    const int previous = g_arms[index].times.exchange(times, std::memory_order_acq_rel);
-    g_pending.fetch_add(times - previous, std::memory_order_acq_rel);
+    const std::lock_guard<std::mutex> lock(Mutex());
+    auto& armings = Armings();
+    if (armings.erase(call) != 0)
+        g_armed.fetch_sub(1, std::memory_order_relaxed);
+    if (times <= 0)
+        return;
+    armings.emplace(call, Arming{error, times, after < 0 ? 0 : after});
+    g_armed.fetch_add(1, std::memory_order_release);
 }
 
 void DisarmAll() {
-    for (Arming& arming : g_arms) {
-        const int previous = arming.times.exchange(0, std::memory_order_acq_rel);
-        g_pending.fetch_sub(previous, std::memory_order_acq_rel);
-    }
+    const std::lock_guard<std::mutex> lock(Mutex());
+    Armings().clear();
+    g_armed.store(0, std::memory_order_release);
 }
 
-bool Take(Call call, int& error) {
-    if (g_pending.load(std::memory_order_relaxed) == 0)
+bool Take(const char* call, int& error) {
+    if (g_armed.load(std::memory_order_acquire) == 0)
         return false;
-    const auto index = static_cast<std::size_t>(call);
-    if (index >= kCalls)
+    const std::lock_guard<std::mutex> lock(Mutex());
+    auto& armings = Armings();
+    const auto found = armings.find(std::string_view(call));
+    if (found == armings.end())
         return false;
-    Arming& arming = g_arms[index];
-    int remaining = arming.times.load(std::memory_order_acquire);
-    while (remaining > 0) {
-        if (arming.times.compare_exchange_weak(remaining, remaining - 1, std::memory_order_acq_rel)) {
-            g_pending.fetch_sub(1, std::memory_order_acq_rel);
-            error = arming.error.load(std::memory_order_relaxed);
-            return true;
-        }
+    Arming& arming = found->second;
+    if (arming.after > 0) {
+        --arming.after;
+        return false;
     }
-    return false;
+    error = arming.error;
+    if (--arming.times == 0) {
+        armings.erase(found);
+        g_armed.fetch_sub(1, std::memory_order_relaxed);
+    }
+    return true;
 }
 
 } // namespace ZORSimUttOSFault

@@ -26,8 +26,10 @@ double SecondsBetween(Clock::time_point from, Clock::time_point to) {
     return std::chrono::duration<double>(to - from).count();
 }
 
-#if defined(__GNUC__)
+#if defined(__MINGW32__) // its plain printf check is the Microsoft one
 __attribute__((format(gnu_printf, 2, 3)))
+#elif defined(__GNUC__)
+__attribute__((format(printf, 2, 3)))
 #endif
 void AppendFormatted(std::string& out, const char* format, ...) {
     va_list args;

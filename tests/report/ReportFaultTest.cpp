@@ -11,7 +11,6 @@
 #include <stdexcept>
 
 using namespace zorsim_test;
-using ZORSimUttOSFault::Call;
 
 TEST(ReportFault, SymbolSetUpFailureEscapesTheHookOnceThenFramesAreUnavailable) {
     struct Case {
@@ -29,7 +28,7 @@ TEST(ReportFault, SymbolSetUpFailureEscapesTheHookOnceThenFramesAreUnavailable) 
         SCOPED_TRACE(c.hook);
         ExpectInFreshProcess([&c] {
             SetEnv("SIM_DISABLE_EXCEPTION_REPORT", nullptr);
-            ZORSimUttOSFault::Arm(Call::InitializeSymbols, ENOMEM);
+            ZORSimUttOSFault::Arm("InitializeSymbols", ENOMEM);
             StderrCapture first;
             try {
                 c.call();
@@ -72,17 +71,19 @@ TEST(ReportFault, UncapturedStacksAreNotAvailableAsOftenAsArmed) {
             }
             return result;
         };
-        ZORSimUttOSFault::Arm(Call::CaptureStack, EFAULT);
+        ZORSimUttOSFault::Arm("CaptureStack", EFAULT);
         EXPECT_EQ("x.", pattern(2));
-        ZORSimUttOSFault::Arm(Call::CaptureStack, EFAULT, 2);
+        ZORSimUttOSFault::Arm("CaptureStack", EFAULT, 2);
         EXPECT_EQ("xx.", pattern(3));
-        ZORSimUttOSFault::Arm(Call::CaptureStack, EFAULT, 3);
-        ZORSimUttOSFault::Arm(Call::CaptureStack, EFAULT, 1); // re-arming replaces the count
+        ZORSimUttOSFault::Arm("CaptureStack", EFAULT, 3);
+        ZORSimUttOSFault::Arm("CaptureStack", EFAULT, 1); // re-arming replaces the count
         EXPECT_EQ("x.", pattern(2));
-        ZORSimUttOSFault::Arm(Call::CaptureStack, EFAULT, 5);
+        ZORSimUttOSFault::Arm("CaptureStack", EFAULT, 2, 1); // one call passes first
+        EXPECT_EQ(".xx.", pattern(4));
+        ZORSimUttOSFault::Arm("CaptureStack", EFAULT, 5);
         ZORSimUttOSFault::DisarmAll();
         EXPECT_EQ("..", pattern(2));
-        ZORSimUttOSFault::Arm(Call::InitializeSymbols, EIO); // another call's arm leaves capture alone
+        ZORSimUttOSFault::Arm("InitializeSymbols", EIO); // another call's arm leaves capture alone
         ZORSimUttOSFault::DisarmAll();
         EXPECT_EQ(".", pattern(1));
     });

@@ -86,7 +86,7 @@ std::string Demangle(const char* name) {
 // The first frame handed to the unwinder's callback is CaptureStack itself.
 ZORSIM_NOINLINE int CaptureStack(void** frames, int capacity, int skip) {
     int error = 0;
-    if (ZORSimUttOSFault::Take(ZORSimUttOSFault::Call::CaptureStack, error)) {
+    if (ZORSimUttOSFault::Take("CaptureStack", error)) {
         errno = error;
         return 0;
     }
@@ -105,7 +105,7 @@ bool InitializeSymbols() {
         g_dwfl = nullptr;
     }
     int error = 0;
-    if (ZORSimUttOSFault::Take(ZORSimUttOSFault::Call::InitializeSymbols, error)) {
+    if (ZORSimUttOSFault::Take("InitializeSymbols", error)) {
         errno = error;
         return false;
     }

@@ -1,0 +1,14 @@
+# Runs one fuzzer for a bounded time on a working copy of its seed corpus.
+file(MAKE_DIRECTORY ${CORPUS})
+if(EXISTS ${SEEDS})
+  file(GLOB seeds ${SEEDS}/*)
+  if(seeds)
+    file(COPY ${seeds} DESTINATION ${CORPUS})
+  endif()
+endif()
+execute_process(
+  COMMAND ${FUZZER} -max_total_time=${SECONDS} -timeout=10 -rss_limit_mb=2048 -print_final_stats=1 ${CORPUS}
+  RESULT_VARIABLE status)
+if(NOT status EQUAL 0)
+  message(FATAL_ERROR "${FUZZER} failed (${status})")
+endif()
