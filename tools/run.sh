@@ -24,8 +24,14 @@ fi
 case "${1:-}" in
   demo)
     cmake --preset default
-    cmake --build --preset default --target zorsim_demo
-    ./build/bin/zorsim_demo
+    cmake --build --preset default --target zorsim_demo simexc
+    # Reports go to standard error; one stream keeps them in step with the
+    # demo's own lines, and a copy lets simexc explain one of them.
+    ./build/bin/zorsim_demo 2>&1 | tee build/zorsim_demo.log
+    line=$(grep -m1 -A1 '^!!! EXCEPTION:$' build/zorsim_demo.log | tail -n1)
+    echo
+    echo "=== simexc --match '$line'"
+    ./build/bin/simexc --match "$line"
     ;;
   test)
     # Warnings are errors here, as in CI; then the same suite under ASan+UBSan

@@ -8,11 +8,17 @@ if(rc)
   message(FATAL_ERROR "install failed: ${rc}")
 endif()
 foreach(path include/ZORSimContainers.h lib/libVEXZORSimContainers.so lib/libVEXZORBas.so
-        lib/cmake/VEXZORSimContainers/VEXZORSimContainersConfig.cmake)
+        lib/cmake/VEXZORSimContainers/VEXZORSimContainersConfig.cmake bin/simexc)
   if(NOT EXISTS "${WORK_DIR}/prefix/${path}")
     message(FATAL_ERROR "not installed: ${path}")
   endif()
 endforeach()
+# The installed tool finds the installed libraries by itself.
+execute_process(COMMAND "${WORK_DIR}/prefix/bin/simexc" 1013 RESULT_VARIABLE rc OUTPUT_VARIABLE out
+  ERROR_VARIABLE err)
+if(rc OR NOT out MATCHES "ZORSimExcNoSuchFile")
+  message(FATAL_ERROR "the installed simexc failed: ${rc} ${out} ${err}")
+endif()
 execute_process(COMMAND "${CMAKE_COMMAND}" -S "${SOURCE_DIR}/consumer" -B "${WORK_DIR}/build" -G Ninja
   "-DCMAKE_PREFIX_PATH=${WORK_DIR}/prefix" RESULT_VARIABLE rc)
 if(rc)
