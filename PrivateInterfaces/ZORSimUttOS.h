@@ -4,8 +4,11 @@
 #pragma once
 
 #include "ZORSimContainersExport.h"
+#include "ZORString.h"
 
+#include <cstddef>
 #include <string>
+#include <vector>
 
 namespace ZORSimUttOS {
 
@@ -36,9 +39,118 @@ SymbolInfo Symbolize(void* returnAddress);
 
 // ---- command line ----------------------------------------------------------
 
+// The arguments the process was started with, argument 0 (the program name)
+// first, as main received them, in the wide form (UTF-16 on Windows, UTF-32
+// elsewhere). Narrow arguments are decoded in the codeset of the process
+// locale, the C/POSIX locale counting as UTF-8; a byte that does not decode
+// becomes the lone surrogate U+DC80 + (byte - 0x80), so the argument ends as
+// a BAD string. False, with no arguments, when they cannot be had.
+bool ProcessArguments(std::vector<std::wstring>& args);
+
 // ---- directories, globbing and file tests ----------------------------------
 
+// A directory opened for listing. Names are UTF-8 (the bytes the OS keeps
+// on POSIX), without any directory part.
+struct DirListing;
+// Opens `path` ("" is the working directory) for listing. 0, or the OS
+// error: a missing directory gives the path-not-found code (ENOENT;
+// ERROR_PATH_NOT_FOUND on Windows). Fault key "FindFirstFile".
+int OpenDir(const ZOROsString& path, DirListing*& listing);
+// The next entry, "." and ".." included, in the order the OS gives them.
+// True with `name` set (valid until the next call on the listing); false at
+// the end (error 0) or on failure (the OS error). Fault key "FindNextFile".
+bool ReadDir(DirListing* listing, const char*& name, std::size_t& length, int& error);
+// Releases a listing from OpenDir; null is ignored.
+void CloseDir(DirListing* listing);
+
+struct FileAttributes {
+    bool isDirectory = false;
+    // The owner may write (on Windows: not FILE_ATTRIBUTE_READONLY).
+    bool writable = false;
+};
+// The attributes of `path`: 0, or the OS error when they cannot be read (a
+// missing path among them). Fault key "GetFileAttributes".
+int QueryAttributes(const ZOROsString& path, FileAttributes& attributes);
+
 // ---- files -------------------------------------------------------------------
+
+// An open file as the OS layer hands it out; null for none. The layer keeps
+// the file pointer of the handle (as Windows does): ReadFile and WriteFile
+// transfer at it and advance it, except that every write of an append handle
+// goes to the end of the file.
+using FileHandle = void*;
+
+enum class FileOpenKind {
+    Read,              // existing file, reading only
+    Update,            // existing file, reading and writing
+    Write,             // created or emptied, reading and writing
+    Append,            // opened or created, writing at the end only
+    CreateNew,         // created, must not exist, reading and writing
+    CreateNewTemporary // as CreateNew; removed when its handle is closed
+};
+
+// Every function below returns 0 or the OS error code (errno on POSIX,
+// GetLastError on Windows); a null or closed handle gives the OS code for a
+// bad handle. Fault keys are the service names in brackets.
+
+// Opens `path` (already in the OS form) ["CreateFile"].
+int OpenFile(const ZOROsString& path, FileOpenKind kind, FileHandle& handle);
+// Closes the handle and frees it ["CloseHandle"]. On failure the handle
+// stays valid for a later CloseFile, which then only frees it.
+int CloseFile(FileHandle handle);
+// Transfers at most `size` bytes at the file pointer ["ReadFile",
+// "WriteFile"]; `moved` 0 on a read is the end of the file.
+int ReadFile(FileHandle handle, char* buffer, unsigned int size, unsigned int& moved);
+int WriteFile(FileHandle handle, const char* buffer, unsigned int size, unsigned int& moved);
+// Sets the file pointer, from the start of the file ["SetFilePointer"].
+int SetFilePointer(FileHandle handle, unsigned long long position);
+// Ends the file at the file pointer ["SetEndOfFile"].
+int SetEndOfFile(FileHandle handle);
+int FlushFileBuffers(FileHandle handle);                      // ["FlushFileBuffers"]
+int GetFileSize(FileHandle handle, unsigned long long& size); // ["GetFileSize"]
+// The exclusive whole-file lock between processes and between handles of
+// one process; waits until granted ["LockFileEx", "UnlockFile"].
+int LockFile(FileHandle handle);
+int UnlockFile(FileHandle handle);
+
+// How the portable code reads an error code of the calls above.
+// The disk or the user's quota is full.
+bool IsDiskFull(int error);
+// An open found no file at `path` although its directory exists; a missing
+// directory is the path-not-found case and answers false.
+bool IsFileNotFound(int error, const ZOROsString& path);
+// A create found the name taken.
+bool IsFileExists(int error);
+
+// file utilities
+// (Named apart from the Windows calls, which windows.h turns into macros.)
+
+// The identity of a file on its volume: equal exactly for the same file.
+struct FileIdentity {
+    unsigned int volume = 0;    // volume serial number; device number on POSIX
+    unsigned int indexHigh = 0; // file index; inode number on POSIX
+    unsigned int indexLow = 0;
+};
+// Opens `path` without data access ["CreateFile"], reads its identity
+// ["GetFileInformationByHandle"] and closes it again. On failure `service`
+// names the call that failed.
+int QueryFileIdentity(const ZOROsString& path, FileIdentity& identity, const char*& service);
+// Renames `from` to `to`, replacing an existing `to`; no copy across volumes
+// ["MoveFileEx"].
+int RenameFile(const ZOROsString& from, const ZOROsString& to);
+// A second name `link` for the file `existing` ["CreateHardLink"]; a taken
+// name answers IsFileExists.
+int MakeHardLink(const ZOROsString& link, const ZOROsString& existing);
+// Removes one name of a file; a directory is refused ["DeleteFile"].
+int RemoveFile(const ZOROsString& path);
+// One level: the parent must exist, the name must be free ["CreateDirectory"].
+int MakeDirectory(const ZOROsString& path);
+// An empty directory only ["RemoveDirectory"].
+int DeleteDirectory(const ZOROsString& path);
+// The absolute form of `path`: joined with the working directory, `.` and
+// `..` resolved by name alone (no links followed, no existence check).
+// `full` is BAD when the result has no UTF-8 form ["FullPath"].
+int FullPath(const ZOROsString& path, ZORString& full);
 
 } // namespace ZORSimUttOS
 

@@ -8,6 +8,7 @@
 
 #include "ZORSimContainersModule.h"
 #include "ZORSimContainersLoader.h"
+#include "ZORSimCommandLine.h"
 #include "ZORSimUttResourceMonitor.h"
 
 #include "ZORBasModules.h"
@@ -89,7 +90,7 @@ void ZORSimUtt_finalize(int& tally) {
     if (--g_uttCount != 0)
         return;
     tally -= 1;
-    // The command-line store is destroyed here once it exists.
+    ZORBasAtiGlobalSingleton<ZORSimCommandLineImpl>::Finalize();
 }
 
 extern "C" {

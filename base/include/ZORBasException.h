@@ -22,6 +22,10 @@ public:
 // The allocation function behind the class operators: throws std::bad_alloc.
 ZORBAS_API void* mem_OperatorNewThrow(std::size_t size);
 ZORBAS_API void mem_OperatorDelete(void* p) noexcept;
+// Fault injection for tests: the next `count` calls of mem_OperatorNewThrow
+// return null, so that callers' checks of a null result can be exercised.
+// Only callers that check may run while it is armed.
+ZORBAS_API void mem_FailNextAllocationsForTesting(int count);
 
 // Base of every exception. The order of the virtual functions is part of the
 // binary contract: destructor, DeveloperReport, UserReport, AsString,

@@ -50,6 +50,10 @@ public:
     // Narrow text in the codeset of the process locale; the C/POSIX locale
     // counts as UTF-8. Text that does not decode raises ZORBasToUTF8Exception.
     static ZORString BuildFromLocale(const char* text);
+    // The same without the exception, for callers that report the failure
+    // themselves: `decoded` is false when the text does not decode, and the
+    // result is then BAD and holds the bytes as given.
+    static ZORString BuildFromLocale(const char* text, bool& decoded);
     static ZORString BAD();
 
     bool IsBAD() const { return m_bad; }

@@ -1,5 +1,6 @@
 #include "ZORBasException.h"
 
+#include <atomic>
 #include <cstring>
 #include <new>
 #include <stdexcept>
@@ -9,8 +10,23 @@
 #    include <windows.h>
 #endif
 
+namespace {
+
+std::atomic<int> g_failNextAllocations{0};
+
+} // namespace
+
 void* mem_OperatorNewThrow(std::size_t size) {
+    int pending = g_failNextAllocations.load(std::memory_order_relaxed);
+    while (pending > 0) {
+        if (g_failNextAllocations.compare_exchange_weak(pending, pending - 1))
+            return nullptr;
+    }
     return ::operator new(size);
+}
+
+void mem_FailNextAllocationsForTesting(int count) {
+    g_failNextAllocations.store(count > 0 ? count : 0);
 }
 void mem_OperatorDelete(void* p) noexcept {
     ::operator delete(p);

@@ -249,13 +249,26 @@ ZORString ZORString::BuildFromWChar(const wchar_t* text) {
 }
 
 ZORString ZORString::BuildFromLocale(const char* text) {
+    bool decoded = true;
+    ZORString result = BuildFromLocale(text, decoded);
+    if (!decoded)
+        ZORBasToUTF8Exception(text).Throw(__FILE__, __LINE__);
+    return result;
+}
+
+ZORString ZORString::BuildFromLocale(const char* text, bool& decoded) {
+    decoded = true;
+    ZORString result;
     if (text == nullptr)
-        return ZORString();
+        return result;
     std::string utf8;
     const std::size_t size = std::strlen(text);
-    if (!zorbas_os::LocaleToUTF8(text, size, utf8) || !IsValidUTF8(utf8.data(), utf8.size()))
-        ZORBasToUTF8Exception(text).Throw(__FILE__, __LINE__);
-    ZORString result;
+    if (!zorbas_os::LocaleToUTF8(text, size, utf8) || !IsValidUTF8(utf8.data(), utf8.size())) {
+        decoded = false;
+        result.m_text = cow_String(text, size);
+        result.m_bad = true;
+        return result;
+    }
     result.m_text = cow_String(utf8);
     return result;
 }

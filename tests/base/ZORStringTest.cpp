@@ -119,6 +119,14 @@ TEST(BaseZORString, BuildFromLocaleConvertsFromTheLocalesCodeset) {
         EXPECT_STREQ(e.Text(), "caf\xe9");
         EXPECT_NE(e.ThrowFile(), nullptr);
     }
+    // The form without the exception says so and keeps the bytes, as BAD.
+    bool decoded = false;
+    EXPECT_EQ(ZORString::BuildFromLocale("caf\xc3\xa9", decoded), ZORString("caf\xc3\xa9"));
+    EXPECT_TRUE(decoded);
+    const ZORString undecoded = ZORString::BuildFromLocale("caf\xe9", decoded);
+    EXPECT_FALSE(decoded);
+    EXPECT_TRUE(undecoded.IsBAD());
+    EXPECT_STREQ(undecoded.c_str(), "caf\xe9");
 
     char dir[] = "/tmp/zorbas-locale-XXXXXX";
     ASSERT_NE(mkdtemp(dir), nullptr);

@@ -1,0 +1,63 @@
+// Directories and file attributes on POSIX systems.
+#include "ZORSimUttOS.h"
+
+#include <cerrno>
+#include <cstring>
+#include <dirent.h>
+#include <sys/stat.h>
+
+namespace ZORSimUttOS {
+
+struct DirListing {
+    DIR* dir = nullptr;
+};
+
+int OpenDir(const ZOROsString& path, DirListing*& listing) {
+    listing = nullptr;
+    int error = 0;
+    if (ZORSimUttOSFault::Take("FindFirstFile", error))
+        return error;
+    DIR* dir = opendir(path.size() == 0 ? "." : path.c_str());
+    if (dir == nullptr)
+        return errno;
+    listing = new DirListing{dir};
+    return 0;
+}
+
+bool ReadDir(DirListing* listing, const char*& name, std::size_t& length, int& error) {
+    if (ZORSimUttOSFault::Take("FindNextFile", error))
+        return false;
+    // readdir tells the end from a failure only through errno.
+    errno = 0;
+    const dirent* entry = readdir(listing->dir);
+    if (entry == nullptr) {
+        error = errno;
+        return false;
+    }
+    error = 0;
+    name = entry->d_name;
+    length = std::strlen(entry->d_name);
+    return true;
+}
+
+void CloseDir(DirListing* listing) {
+    if (listing == nullptr)
+        return;
+    closedir(listing->dir);
+    delete listing;
+}
+
+int QueryAttributes(const ZOROsString& path, FileAttributes& attributes) {
+    int error = 0;
+    if (ZORSimUttOSFault::Take("GetFileAttributes", error))
+        return error;
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0)
+        return errno;
+    attributes.isDirectory = S_ISDIR(status.st_mode);
+    // The owner-write bit stands for the Windows read-only attribute.
+    attributes.writable = (status.st_mode & S_IWUSR) != 0;
+    return 0;
+}
+
+} // namespace ZORSimUttOS
