@@ -1,0 +1,195 @@
+// What a process decides once (storage budget, locking switch, where
+// temporary files go), clean-up at process end, and the lock between
+// processes. Decisions made once are tested in a fresh process each.
+#include "OSFileTestSupport.h"
+#include "ZORSimTestSupport.h"
+
+#include "ZORSimUttFilePathParser.h"
+
+#include <cerrno>
+#include <cstring>
+#include <sched.h>
+#include <sys/wait.h>
+#include <vector>
+
+using namespace zorsim_test;
+
+namespace {
+
+// The switches must not come from the environment the tests run in.
+const bool g_cleanEnvironment = [] {
+    for (const char* name : {"SIM_STORAGE_LIMIT", "BAS_DISABLE_FILE_LOCKING", "VEX_DISABLE_FILE_LOCKING",
+                             "QRT_DISABLE_FILE_LOCKING"})
+        unsetenv(name);
+    return true;
+}();
+
+unsigned long long Total() {
+    return ZORSimUttOSFile::s_storageTotal.load();
+}
+
+} // namespace
+
+TEST(OSFileStorage, LimitIsReadOnceAndAnnounced) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"1000", "^=== SIM Storage limit: 1000\n$"}, {"abc", "^$"}, {nullptr, "^$"}};
+    for (const auto& [value, output] : cases) {
+        SCOPED_TRACE(value ? value : "unset");
+        ExpectInFreshProcess(
+            [value = value] {
+                SetEnv("SIM_STORAGE_LIMIT", value);
+                ZORSimUttOSFile first;
+                SetEnv("SIM_STORAGE_LIMIT", "5");
+                ZORSimUttOSFile second;
+                EXPECT_EQ(value && *value == '1' ? 1000u : 0u, ZORSimUttOSFile::s_storageLimit);
+            },
+            output);
+    }
+}
+
+TEST(OSFileStorage, WritesTruncationsAndOpensAreCharged) {
+    ExpectInFreshProcess(
+        [] {
+            SetEnv("SIM_STORAGE_LIMIT", "100");
+            TempDir dir;
+            ZORSimUttOSFile file;
+            file.OpenWrite(dir / "f"); // creating charges nothing
+            file.WriteAll(std::string(60, 'a').data(), 60);
+            Raised<ZORSimExcDiskFull>([&] { file.WriteAll(std::string(60, 'b').data(), 60); });
+            EXPECT_EQ(60u, file.FileSize()); // refused before any byte went out,
+            EXPECT_EQ(120u, Total());        // but charged all the same
+            Raised<ZORSimExcDiskFull>([&] { file.WriteAll("", 0); });
+            file.Truncate(10); // shrinking gives credit
+            EXPECT_EQ(70u, Total());
+            Raised<ZORSimExcDiskFull>([&] { file.Truncate(41); });
+            EXPECT_EQ(10u, file.FileSize());
+            file.Close();
+
+            // Opening an existing file to read or update charges its size.
+            ZORSimUttOSFile::s_storageTotal = 0;
+            for (auto open : {&ZORSimUttOSFile::OpenRead, &ZORSimUttOSFile::OpenUpdate,
+                              &ZORSimUttOSFile::OpenAppend, &ZORSimUttOSFile::OpenWrite}) {
+                (file.*open)(dir / "f");
+                file.Close();
+            }
+            EXPECT_EQ(20u, Total());
+        },
+        "^=== SIM Storage limit: 100\n$");
+}
+
+TEST(OSFileLocking, OffOnlyWhenAllThreeVariablesAreSet) {
+    const char* const names[] = {"BAS_DISABLE_FILE_LOCKING", "VEX_DISABLE_FILE_LOCKING",
+                                 "QRT_DISABLE_FILE_LOCKING"};
+    for (int missing = -1; missing < 3; ++missing) {
+        SCOPED_TRACE(missing);
+        ExpectInFreshProcess([&] {
+            for (int i = 0; i < 3; ++i)
+                SetEnv(names[i], i == missing ? nullptr : "");
+            // The switch comes first: with locking off even a closed file says false.
+            ZORSimUttOSFile closed;
+            if (missing < 0)
+                EXPECT_FALSE(closed.Lock());
+            else
+                Raised<ZORSimExcFileNotOpen>([&] { closed.Lock(); });
+        });
+    }
+}
+
+TEST(OSFileTemporary, DirectoryCandidatesInOrder) {
+    // TMPDIR, TEMP, TMP, a tab-led "\temp" in the working directory, then
+    // the working directory; the first usable directory is taken.
+    const struct {
+        const char* tmpdir;
+        const char* temp;
+        bool tabDirectory;
+        const char* expected;
+    } cases[] = {
+        {"a", "b", true, "a"},
+        {"missing", "b", true, "b"},
+        {"file", "", true, "\temp"}, // a plain file is no directory; empty is skipped
+        {nullptr, nullptr, false, "."},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.expected);
+        ExpectInFreshProcess([&c] {
+            TempDir dir;
+            ASSERT_EQ(0, chdir(dir.Path().c_str()));
+            for (const char* name : {"a", "b", c.tabDirectory ? "\temp" : "c"})
+                mkdir(name, 0700);
+            WriteBytes("file", "");
+            SetEnv("TMPDIR", c.tmpdir);
+            SetEnv("TEMP", c.temp);
+            SetEnv("TMP", nullptr);
+            {
+                ZORSimUttOSFile file;
+                file.CreateTemporary("");
+                const std::string expected = std::string(c.expected) + "/SimTemp.1.tmp";
+                EXPECT_EQ(ZORSimUttFilePathParser::FixPathForOS(expected), file.m_name);
+                EXPECT_TRUE(Exists(expected));
+            }
+            EXPECT_EQ(0, chdir("/"));
+        });
+    }
+}
+
+TEST(OSFileTemporary, StillOpenAtProcessEndAreRemoved) {
+    ExpectInFreshProcess(
+        [] {
+            static const TempDir dir(true);
+            // Runs after the library's own clean-up, which is set up later.
+            std::atexit([] { std::fputs(Exists(dir / "SimTemp.1.tmp") ? "left\n" : "removed\n", stderr); });
+            static ZORSimUttOSFile* const file = new ZORSimUttOSFile; // never closed
+            file->CreateTemporary(dir.Path());
+            EXPECT_TRUE(Exists(dir / "SimTemp.1.tmp"));
+        },
+        "^removed\n$");
+}
+
+TEST(OSFileLock, ProcessesTakingTheLockLoseNoUpdate) {
+    constexpr int kProcesses = 4, kRounds = 300;
+    TempDir dir;
+    const std::string counter = dir / "counter";
+    WriteBytes(counter, std::string(sizeof(long), '\0'));
+    int gate[2]; // the children start together, when the parent closes it
+    ASSERT_EQ(0, pipe(gate));
+    std::vector<pid_t> children;
+    for (int p = 0; p < kProcesses; ++p) {
+        const pid_t pid = fork();
+        ASSERT_GE(pid, 0);
+        if (pid != 0) {
+            children.push_back(pid);
+            continue;
+        }
+        close(gate[1]);
+        char none;
+        while (read(gate[0], &none, 1) < 0 && errno == EINTR) {
+        }
+        int status = 0;
+        try {
+            ZORSimUttOSFile file; // opened after the fork: a lock of its own
+            file.OpenUpdate(counter);
+            for (int round = 0; round < kRounds; ++round) {
+                status |= file.Lock() ? 0 : 1;
+                long value = 0;
+                file.ReadAtomic(0, reinterpret_cast<char*>(&value), sizeof value);
+                ++value;
+                sched_yield(); // invites the others into the gap the lock closes
+                file.WriteAtomic(0, reinterpret_cast<const char*>(&value), sizeof value);
+                file.Unlock();
+            }
+        } catch (...) {
+            status |= 2;
+        }
+        _exit(status);
+    }
+    close(gate[0]);
+    close(gate[1]);
+    for (pid_t pid : children) {
+        int status = 0;
+        ASSERT_EQ(pid, waitpid(pid, &status, 0));
+        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+    }
+    long total = 0;
+    std::memcpy(&total, ReadBytes(counter).data(), sizeof total);
+    EXPECT_EQ(kProcesses * kRounds, total);
+}
