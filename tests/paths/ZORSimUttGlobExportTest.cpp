@@ -9,6 +9,7 @@
 #include <gmock/gmock.h>
 
 #include <cerrno>
+#include <algorithm>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -27,7 +28,9 @@ struct ErrorBuffer {
     ErrorBuffer() { std::memset(bytes, 'X', sizeof bytes); }
     // The text up to and including its terminator, or "X..." when untouched.
     std::string Text() const {
-        return std::string(bytes, std::strcspn(bytes, "X")) + bytes[std::strcspn(bytes, "X")];
+        const char* end = std::find(bytes, bytes + sizeof bytes, 'X');
+        const char* stop = std::find(bytes, end, '\0');
+        return stop != end ? std::string(bytes, stop + 1) : std::string(bytes, end) + "X";
     }
     char bytes[kCapacity + 8];
 };
