@@ -6,196 +6,104 @@
 #include "ZORSimUttAssert.h"
 #include "ZORSimUttFilePathParser.h"
 
+#include <functional>
+#include <map>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 namespace P = ZORSimUttFilePathParser;
 
 namespace {
 
-enum class Fn {
-    BaseName,
-    BasePath,
-    DirPath,
-    Tail,
-    Extension,
-    HasExtension,
-    IsAbsolute,
-    Join,
-    Compare,
-    LongPath
-};
-
-struct Case {
-    Fn fn;
-    std::string a;
-    std::string b; // second argument of Join and CompareFilePaths
-    std::string expected;
-};
-
-std::string Text(const ZORString& s) {
-    return s.c_str();
+template <class R> std::string Str(const R& r) {
+    if constexpr (std::is_same_v<R, bool>)
+        return r ? "true" : "false";
+    else if constexpr (std::is_same_v<R, int>)
+        return std::to_string(r);
+    else
+        return r.c_str();
 }
 
-std::string Call(const Case& c) {
-    const ZORString a(c.a);
-    const ZORString b(c.b);
-    switch (c.fn) {
-    case Fn::BaseName:
-        return Text(P::BaseName(a));
-    case Fn::BasePath:
-        return Text(P::BasePath(a));
-    case Fn::DirPath:
-        return Text(P::DirPath(a));
-    case Fn::Tail:
-        return Text(P::Tail(a));
-    case Fn::Extension:
-        return Text(P::Extension(a));
-    case Fn::HasExtension:
-        return P::HasExtension(a) ? "true" : "false";
-    case Fn::IsAbsolute:
-        return P::IsAbsolute(a) ? "true" : "false";
-    case Fn::Join:
-        return Text(P::Join(a, b));
-    case Fn::Compare:
-        return std::to_string(P::CompareFilePaths(a, b));
-    case Fn::LongPath:
-        return Text(P::GetLongPathNameW(a));
-    }
-    return "?";
+using Call = std::function<std::string(const ZORString&, const ZORString&)>;
+template <class R> Call Unary(R (*f)(const ZORString&)) {
+    return [f](const ZORString& a, const ZORString&) { return Str(f(a)); };
 }
-
-const char* Name(Fn fn) {
-    static const char* const names[] = {"BaseName",         "BasePath",        "DirPath",    "Tail",
-                                        "Extension",        "HasExtension",    "IsAbsolute", "Join",
-                                        "CompareFilePaths", "GetLongPathNameW"};
-    return names[static_cast<int>(fn)];
-}
-
-const std::vector<Case>& Cases() {
-    static const std::vector<Case> cases = {
-        // Names, extensions and dots wherever they stand.
-        {Fn::BaseName, "dir/file.tar.gz", "", "file.tar"},
-        {Fn::BaseName, "C:\\dir\\f.txt", "", "f"},
-        {Fn::BaseName, ".profile", "", ""},
-        {Fn::BaseName, "dir.d/file", "", "file"},
-        {Fn::BaseName, "dir\\f.txt", "", "dir\\f"}, // the tail of a relative Windows path is all of it
-        {Fn::BasePath, "dir.d/file", "", "dir"},
-        {Fn::BasePath, "run.3.tmp", "", "run.3"},
-        {Fn::BasePath, "C:\\x.y\\z", "", "C:\\x"},
-        {Fn::BasePath, "a/b", "", "a/b"},
-        {Fn::Extension, "run.3.tmp", "", ".tmp"},
-        {Fn::Extension, "dir.d/file", "", ""},
-        {Fn::Extension, ".profile", "", ".profile"},
-        {Fn::Extension, "x.", "", "."},
-        {Fn::Extension, "C:\\a.b\\c", "", ""},
-        {Fn::HasExtension, ".profile", "", "true"},
-        {Fn::HasExtension, "dir.d/file", "", "false"},
-        {Fn::HasExtension, "dir\\f.txt", "", "true"},
-        {Fn::HasExtension, "C:\\d.x\\f", "", "false"},
-        // Directory part: a backslash makes the path Windows-style, and then
-        // both separators count.
-        {Fn::DirPath, "C:\\a\\b.txt", "", "C:\\a"},
-        {Fn::DirPath, "a/b\\c", "", "a/b"},
-        {Fn::DirPath, "/a/b\\c", "", "/a/b"},
-        {Fn::DirPath, "C:/a/b", "", "C:/a"},
-        {Fn::DirPath, "a/b/c", "", "a/b"},
-        {Fn::DirPath, "file", "", ""},
-        {Fn::DirPath, "/x", "", ""},
-        {Fn::DirPath, "", "", ""},
-        // Tail: the root is taken off first; without a separator after it
-        // the whole input comes back.
-        {Fn::Tail, "a/b/c", "", "c"},
-        {Fn::Tail, "/abs/f", "", "f"},
-        {Fn::Tail, "a/", "", ""},
-        {Fn::Tail, "plain", "", "plain"},
-        {Fn::Tail, "C:\\dir\\f.txt", "", "f.txt"},
-        {Fn::Tail, "C:/x/y", "", "y"},
-        {Fn::Tail, "C:\\", "", ""},
-        {Fn::Tail, "\\\\host\\share\\f.txt", "", "f.txt"},
-        {Fn::Tail, "\\\\host\\share", "", "\\\\host\\share"},
-        {Fn::Tail, "\\\\host", "", "\\\\host"},
-        {Fn::Tail, "dir\\f.txt", "", "dir\\f.txt"},
-        {Fn::Tail, "C:f.txt", "", "C:f.txt"},
-        {Fn::Tail, "\\dir\\f.txt", "", "\\dir\\f.txt"},
-        {Fn::Tail, "\\dir\\sub\\f.txt", "", "f.txt"},
-        {Fn::Tail, "\\\xC3\xA9\\x\\y", "", "y"},
-        {Fn::Tail, "a<b/c", "", "c"},
-        // Absolute: two leading backslashes, a slash or a drive.
-        {Fn::IsAbsolute, "\\x", "", "false"},
-        {Fn::IsAbsolute, "c:x", "", "true"},
-        {Fn::IsAbsolute, "Z:", "", "true"},
-        {Fn::IsAbsolute, "1:x", "", "false"},
-        {Fn::IsAbsolute, "\\\\h\\s", "", "true"},
-        {Fn::IsAbsolute, "/a", "", "true"},
-        {Fn::IsAbsolute, "a/b", "", "false"},
-        {Fn::IsAbsolute, "", "", "false"},
-        // Join always puts a forward slash between.
-        {Fn::Join, "a/", "b", "a/b"},
-        {Fn::Join, "C:\\w\\", "f", "C:\\w/f"},
-        {Fn::Join, "a", "/b", "/b"},
-        {Fn::Join, "a", "\\b", "\\b"},
-        {Fn::Join, "a", "c:x", "c:x"},
-        {Fn::Join, "h", "1:x", "h/1:x"},
-        {Fn::Join, "", "b", "b"},
-        {Fn::Join, "a", "", "a/"},
-        {Fn::Join, "/", "x", "/x"},
-        {Fn::Join, "a/\\\\", "f", "a/f"},
-        {Fn::Join, "a\\/", "f", "a\\/f"}, // backslashes are stripped before slashes
-        // Comparison: the separators are equal, nothing else is normalised.
-        {Fn::Compare, "a/b", "a\\b", "0"},
-        {Fn::Compare, "ab", "abc", "-1"},
-        {Fn::Compare, "abc", "ab", "1"},
-        {Fn::Compare, "", "", "0"},
-        {Fn::Compare, "", "a", "-1"},
-        {Fn::Compare, "a", "", "1"},
-        {Fn::Compare, "A", "a", "-1"},
-        {Fn::Compare, "a//b", "a/b", "-1"},
-        {Fn::Compare, "a\\c", "a/b", "1"},
-        {Fn::Compare, "\xC3\xA9", "z", "1"},
-        // Long paths get the prefix only from 260 characters on; forward
-        // slashes stay.
-        {Fn::LongPath, "C:/short", "", "C:/short"},
-        {Fn::LongPath, "C:\\" + std::string(256, 'x'), "", "C:\\" + std::string(256, 'x')},
-        {Fn::LongPath, "C:/" + std::string(257, 'x'), "", "\\\\?\\C:/" + std::string(257, 'x')},
-        {Fn::LongPath, "\\\\?\\" + std::string(300, 'x'), "", "\\\\?\\" + std::string(300, 'x')},
-        {Fn::LongPath, "\\\\srv\\" + std::string(300, 'x'), "", "\\\\?\\\\\\srv\\" + std::string(300, 'x')},
-    };
-    return cases;
+template <class R> Call Binary(R (*f)(const ZORString&, const ZORString&)) {
+    return [f](const ZORString& a, const ZORString& b) { return Str(f(a, b)); };
 }
 
 TEST(ZORSimUttFilePathParser, AnswersOnBothPathStyles) {
-    for (const Case& c : Cases()) {
-        SCOPED_TRACE(std::string(Name(c.fn)) + "(\"" + c.a + "\", \"" + c.b + "\")");
-        EXPECT_EQ(Call(c), c.expected);
-    }
-}
-
-TEST(ZORSimUttFilePathParser, LongPathsAreCountedInCharacters) {
-    std::string e259;
+    const std::map<std::string, Call> calls = {
+        {"BaseName", Unary(P::BaseName)},         {"BasePath", Unary(P::BasePath)},
+        {"DirPath", Unary(P::DirPath)},           {"Tail", Unary(P::Tail)},
+        {"Extension", Unary(P::Extension)},       {"HasExtension", Unary(P::HasExtension)},
+        {"IsAbsolute", Unary(P::IsAbsolute)},     {"Join", Binary(P::Join)},
+        {"Compare", Binary(P::CompareFilePaths)}, {"LongPath", Unary(P::GetLongPathNameW)}};
+    const std::string x256(256, 'x'), x257(257, 'x'), x300(300, 'x');
+    std::string e259; // counted in characters, not bytes
     for (int i = 0; i < 259; ++i)
         e259 += "\xC3\xA9";
-    EXPECT_EQ(Text(P::GetLongPathNameW(ZORString(e259))), e259);
-    const std::string e260 = e259 + "\xC3\xA9";
-    EXPECT_EQ(Text(P::GetLongPathNameW(ZORString(e260))), "\\\\?\\" + e260);
+    // Each case: the argument(s), then the expected answer.
+    const std::vector<std::pair<std::string, std::vector<std::vector<std::string>>>> lines = {
+        // Names, extensions and dots wherever they stand; the tail of a
+        // relative Windows path is all of it.
+        {"BaseName", {{"dir/file.tar.gz", "file.tar"}, {"C:\\dir\\f.txt", "f"}, {".profile", ""}}},
+        {"BaseName", {{"dir.d/file", "file"}, {"dir\\f.txt", "dir\\f"}}},
+        {"BasePath",
+         {{"dir.d/file", "dir"}, {"run.3.tmp", "run.3"}, {"C:\\x.y\\z", "C:\\x"}, {"a/b", "a/b"}}},
+        {"Extension", {{"run.3.tmp", ".tmp"}, {"dir.d/file", ""}, {".profile", ".profile"}}},
+        {"Extension", {{"x.", "."}, {"C:\\a.b\\c", ""}}},
+        {"HasExtension", {{".profile", "true"}, {"dir.d/file", "false"}, {"dir\\f.txt", "true"}}},
+        {"HasExtension", {{"C:\\d.x\\f", "false"}}},
+        // A backslash makes the path Windows-style, and then both separators
+        // count.
+        {"DirPath", {{"C:\\a\\b.txt", "C:\\a"}, {"a/b\\c", "a/b"}, {"/a/b\\c", "/a/b"}, {"C:/a/b", "C:/a"}}},
+        {"DirPath", {{"a/b/c", "a/b"}, {"file", ""}, {"/x", ""}, {"", ""}}},
+        // The root is taken off first; without a separator after it the
+        // whole input comes back.
+        {"Tail", {{"a/b/c", "c"}, {"/abs/f", "f"}, {"a/", ""}, {"plain", "plain"}, {"a<b/c", "c"}}},
+        {"Tail", {{"C:\\dir\\f.txt", "f.txt"}, {"C:/x/y", "y"}, {"C:\\", ""}, {"C:f.txt", "C:f.txt"}}},
+        {"Tail", {{"\\\\host\\share\\f.txt", "f.txt"}, {"\\\\host\\share", "\\\\host\\share"}}},
+        {"Tail", {{"\\\\host", "\\\\host"}, {"dir\\f.txt", "dir\\f.txt"}, {"\\dir\\f.txt", "\\dir\\f.txt"}}},
+        {"Tail", {{"\\dir\\sub\\f.txt", "f.txt"}, {"\\\xC3\xA9\\x\\y", "y"}}},
+        // Two leading backslashes, a slash or a drive.
+        {"IsAbsolute", {{"\\x", "false"}, {"c:x", "true"}, {"Z:", "true"}, {"1:x", "false"}}},
+        {"IsAbsolute", {{"\\\\h\\s", "true"}, {"/a", "true"}, {"a/b", "false"}, {"", "false"}}},
+        // Always a forward slash between; backslashes are stripped before
+        // slashes.
+        {"Join", {{"a/", "b", "a/b"}, {"C:\\w\\", "f", "C:\\w/f"}, {"a", "/b", "/b"}, {"a", "\\b", "\\b"}}},
+        {"Join", {{"a", "c:x", "c:x"}, {"h", "1:x", "h/1:x"}, {"", "b", "b"}, {"a", "", "a/"}}},
+        {"Join", {{"/", "x", "/x"}, {"a/\\\\", "f", "a/f"}, {"a\\/", "f", "a\\/f"}}},
+        // The separators are equal, nothing else is normalised.
+        {"Compare", {{"a/b", "a\\b", "0"}, {"ab", "abc", "-1"}, {"abc", "ab", "1"}, {"", "", "0"}}},
+        {"Compare", {{"", "a", "-1"}, {"a", "", "1"}, {"A", "a", "-1"}, {"a//b", "a/b", "-1"}}},
+        {"Compare", {{"a\\c", "a/b", "1"}, {"\xC3\xA9", "z", "1"}}},
+        // The prefix only from 260 characters on; forward slashes stay.
+        {"LongPath",
+         {{"C:/short", "C:/short"}, {"C:\\" + x256, "C:\\" + x256}, {"C:/" + x257, "\\\\?\\C:/" + x257}}},
+        {"LongPath", {{"\\\\?\\" + x300, "\\\\?\\" + x300}, {"\\\\srv\\" + x300, "\\\\?\\\\\\srv\\" + x300}}},
+        {"LongPath", {{e259, e259}, {e259 + "\xC3\xA9", "\\\\?\\" + e259 + "\xC3\xA9"}}},
+    };
+    for (const auto& [name, cases] : lines)
+        for (const auto& c : cases) {
+            const std::string b = c.size() > 2 ? c[1] : "";
+            SCOPED_TRACE(name + "(\"" + c[0] + "\", \"" + b + "\")");
+            EXPECT_EQ(calls.at(name)(ZORString(c[0]), ZORString(b)), c.back());
+        }
 }
 
 TEST(ZORSimUttFilePathParser, FixPathForOSGivesTheFormOfThisOS) {
-    const std::string longPath = "C:\\" + std::string(300, 'x') + "/f";
+    const std::string x300(300, 'x');
 #if defined(_WIN32)
-    EXPECT_EQ(Text(P::FixPathForOS(ZORString("a/b/c.txt"))), "a\\b\\c.txt");
-    EXPECT_EQ(Text(P::FixPathForOS(ZORString("a\\b"))), "a\\b");
-    EXPECT_EQ(Text(P::FixPathForOS(ZORString(longPath))), "\\\\?\\C:\\" + std::string(300, 'x') + "\\f");
+    EXPECT_EQ(Str(P::FixPathForOS(ZORString("a/b/c.txt"))), "a\\b\\c.txt");
+    EXPECT_EQ(Str(P::FixPathForOS(ZORString("C:\\" + x300 + "/f"))), "\\\\?\\C:\\" + x300 + "\\f");
 #else
-    EXPECT_EQ(Text(P::FixPathForOS(ZORString("a\\b\\c.txt"))), "a/b/c.txt");
-    EXPECT_EQ(Text(P::FixPathForOS(ZORString("a/b"))), "a/b");
-    EXPECT_EQ(Text(P::FixPathForOS(ZORString("\\\\host\\share"))), "//host/share");
-    EXPECT_EQ(Text(P::FixPathForOS(ZORString(longPath))), "C:/" + std::string(300, 'x') + "/f");
+    EXPECT_EQ(Str(P::FixPathForOS(ZORString("a\\b\\c.txt"))), "a/b/c.txt");
+    EXPECT_EQ(Str(P::FixPathForOS(ZORString("\\\\host\\share"))), "//host/share");
+    EXPECT_EQ(Str(P::FixPathForOS(ZORString("C:\\" + x300 + "/f"))), "C:/" + x300 + "/f");
 #endif
-    EXPECT_EQ(Text(P::FixPathForOS(ZORString(""))), "");
-}
-
-TEST(ZORSimUttFilePathParser, FixPathForOSRefusesABadString) {
+    EXPECT_EQ(Str(P::FixPathForOS(ZORString(""))), "");
     ZORSimUttAssertDisableExcReport();
     EXPECT_THROW(P::FixPathForOS(ZORString("a\xFF")), ZORSimExcBadStringArgument);
     // The other functions are pure string functions and take what they get.
