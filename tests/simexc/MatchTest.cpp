@@ -54,10 +54,8 @@ TEST(SimexcMatcherPlaceholders, ReadAsTheFormatterReadsThem) {
     }
     EXPECT_EQ(simexc::FindPlaceholders("%lld").front().end, 4u);
     EXPECT_EQ(simexc::FindPlaceholders("ab %I64d").front().begin, 3u);
-}
 
-TEST(SimexcMatcherPlaceholders, PlaceholderWithoutValueIsFixedText) {
-    // One value for two placeholders: the second shows as "%d".
+    // One value for two placeholders: the second shows as "%d", fixed text.
     const MessagePattern pattern("a %s b %d", 1);
     EXPECT_EQ(pattern.LiteralSize(), 4); // "a", "b", "%d"
     EXPECT_EQ(pattern.Match("a x b %d"), 4);
@@ -77,7 +75,7 @@ TEST(SimexcMatcherCleanText, DropsReportFrame) {
     EXPECT_EQ(CleanReportText("!!! EXCEPTION:\n!!! TRACEBACK:\n"), "");
 }
 
-TEST(SimexcMatcher, WholeLinesOnly) {
+TEST(SimexcMatcher, WholeLinesOnlyRankedByFixedTextCovered) {
     const MessagePattern single("No such file: %s", 1);
     EXPECT_EQ(single.Match("No such file: /x"), 11);
     EXPECT_FALSE(single.Match("such file: /x"));
@@ -96,9 +94,7 @@ TEST(SimexcMatcher, WholeLinesOnly) {
     EXPECT_FALSE(multi.Match("in the XML stream."));
     // A value holds no line break, so a line cannot hide in one.
     EXPECT_FALSE(multi.Match("At a\nb in the XML stream."));
-}
 
-TEST(SimexcMatcher, RanksByFixedTextCovered) {
     // Gaps can also take the fixed text; the best reading counts it as fixed.
     const MessagePattern pattern("%s: %s: end", 2);
     EXPECT_EQ(pattern.Match("a: b: c: end"), 5);
