@@ -3,140 +3,98 @@
 #include "CmdLineTestSupport.h"
 #include "ZORSimTestSupport.h"
 
-#include "ZORSimCommandLine.h"
-
 #include "ZORBasException.h"
 
 #include <clocale>
 
 using namespace zorsim_cmdline_test;
-using zorsim_test::Lines;
-using zorsim_test::StderrCapture;
+using Strings = std::vector<std::string>;
 
 namespace {
 
 const std::string kTooLong = "ERROR: Command line argument in command line file is too long - maximum = 1023";
-const std::string kTooMany1 = "ERROR: There are more than 1024 command line arguments. All arguments beyond";
-const std::string kTooMany2 = "argument 1024 will be ignored.";
 
-class CmdLineArgsFile : public ::testing::Test {
-protected:
-    void SetUp() override { ASSERT_TRUE(m_dir.Ok()); }
-
-    // Fills the store from prog -clargsfile <file holding `contents`> plus
-    // `extra` arguments, and returns what the reader wrote to standard error.
-    std::vector<std::string> Load(const std::string& contents, std::vector<std::string> extra = {}) {
-        std::vector<std::string> args{"prog", "-clargsfile", m_dir.Write("args.txt", contents)};
-        args.insert(args.end(), extra.begin(), extra.end());
-        return LoadArgv(std::move(args));
-    }
-    std::vector<std::string> LoadArgv(std::vector<std::string> args) {
-        Argv argv(std::move(args));
-        StderrCapture capture;
-        ZORSimCommandLine set(argv.argc(), argv.argv());
-        return Lines(capture.Finish());
-    }
-    static std::vector<std::string> Stored() {
-        std::vector<std::string> args;
-        for (int i = 0; i < ZORSimCommandLine::NumArgs(); ++i)
-            args.emplace_back(ZORSimCommandLine::GetPosition(i).c_str());
-        return args;
-    }
-
-    TempDir m_dir;
-};
+// Fills the store from `args` and returns what the reader wrote to standard error.
+Strings Load(Strings args) {
+    Argv argv(std::move(args));
+    zorsim_test::StderrCapture capture;
+    ZORSimCommandLine set(argv.argc(), argv.argv());
+    return zorsim_test::Lines(capture.Finish());
+}
 
 } // namespace
 
-TEST_F(CmdLineArgsFile, LinesBecomeArgumentsAfterTheProgramName) {
-    EXPECT_TRUE(Load("-n\n5\n", {"-dropped", "x"}).empty());
-    EXPECT_EQ(Stored(), (std::vector<std::string>{"prog", "-n", "5"}));
-    EXPECT_EQ(ZORSimCommandLine::NumPairs(), 1);
-    EXPECT_EQ(ZORSimCommandLine::GetInt("n", 0), 5);
-    EXPECT_FALSE(ZORSimCommandLine::IsMember("dropped"));
-}
-
-TEST_F(CmdLineArgsFile, LinesAreTakenWholeWithoutTrimmingAndEmptyLinesCount) {
-    EXPECT_TRUE(Load("  spaced  \n\n-k\n\n\"quoted\" # no comment\n").empty());
-    EXPECT_EQ(Stored(),
-              (std::vector<std::string>{"prog", "  spaced  ", "", "-k", "", "\"quoted\" # no comment"}));
-    EXPECT_TRUE(ZORSimCommandLine::IsMember("k"));
-    EXPECT_EQ(ZORSimCommandLine::GetString("k", "d"), ZORString("d")); // its value is the empty line
-}
-
-TEST_F(CmdLineArgsFile, CarriageReturnsStayInTheArguments) {
-    EXPECT_TRUE(Load("-n\r\n5\r\n").empty());
-    EXPECT_EQ(Stored(), (std::vector<std::string>{"prog", "-n\r", "5\r"}));
-    EXPECT_FALSE(ZORSimCommandLine::IsMember("n"));
-    EXPECT_EQ(ZORSimCommandLine::GetInt("n\r", 0), 5);
-}
-
-TEST_F(CmdLineArgsFile, LongLinesArriveInPiecesEachButTheLastReported) {
-    const std::string line(2000, 'x');
-    EXPECT_EQ(Load(line + "\n"), (std::vector<std::string>{kTooLong}));
-    ASSERT_EQ(ZORSimCommandLine::NumArgs(), 3);
-    EXPECT_EQ(ZORSimCommandLine::GetPosition(1).c_str(), line.substr(0, 1023));
-    EXPECT_EQ(ZORSimCommandLine::GetPosition(2).c_str(), line.substr(1023));
-
-    // 1022 characters and the line feed fill the buffer exactly.
-    const std::string fits(1022, 'y');
-    EXPECT_TRUE(Load(fits + "\nz\n").empty());
-    EXPECT_EQ(Stored(), (std::vector<std::string>{"prog", fits, "z"}));
-
-    // One more and the line feed comes alone, as an empty argument.
-    const std::string over(1023, 'y');
-    EXPECT_EQ(Load(over + "\nz\n"), (std::vector<std::string>{kTooLong}));
-    EXPECT_EQ(Stored(), (std::vector<std::string>{"prog", over, "", "z"}));
-}
-
-TEST_F(CmdLineArgsFile, LastLineWithoutLineFeedIsReportedButKept) {
-    EXPECT_EQ(Load("-a\nlast"), (std::vector<std::string>{kTooLong}));
-    EXPECT_EQ(Stored(), (std::vector<std::string>{"prog", "-a", "last"}));
-    EXPECT_EQ(ZORSimCommandLine::GetString("a", ""), ZORString("last"));
-
-    EXPECT_TRUE(Load("").empty()); // an empty file: the program name alone
-    EXPECT_EQ(Stored(), (std::vector<std::string>{"prog"}));
-}
-
-TEST_F(CmdLineArgsFile, LinesBeyondTheLimitAreDroppedWithTwoWarningsEach) {
-    std::string contents;
-    for (int i = 1; i <= 1100; ++i)
-        contents += "line" + std::to_string(i) + "\n";
-    std::vector<std::string> expected;
-    for (int i = 0; i < 77; ++i) {
-        expected.push_back(kTooMany1);
-        expected.push_back(kTooMany2);
+TEST(CmdLineArgsFile, LinesBecomeArgumentsAfterTheProgramName) {
+    TempDir dir;
+    ASSERT_FALSE(dir.path.empty());
+    const std::string x2000(2000, 'x'), y1022(1022, 'y'), y1023(1023, 'y');
+    // Lines beyond the 1023rd are dropped with two warnings each.
+    std::string lines1100;
+    Strings first1023{"prog"}, tooMany;
+    for (int i = 1; i <= 1100; ++i) {
+        lines1100 += "line" + std::to_string(i) + "\n";
+        if (i < 1024)
+            first1023.push_back("line" + std::to_string(i));
+        else
+            tooMany.insert(tooMany.end(),
+                           {"ERROR: There are more than 1024 command line arguments. All arguments beyond",
+                            "argument 1024 will be ignored."});
     }
-    EXPECT_EQ(Load(contents), expected);
-    ASSERT_EQ(ZORSimCommandLine::NumArgs(), 1024);
-    EXPECT_STREQ(ZORSimCommandLine::GetPosition(1).c_str(), "line1");
-    EXPECT_STREQ(ZORSimCommandLine::GetPosition(1023).c_str(), "line1023");
-}
-
-TEST_F(CmdLineArgsFile, MissingFileLeavesOnlyTheProgramName) {
-    const std::string missing = m_dir.Path() + "/missing.txt";
-    EXPECT_EQ(LoadArgv({"prog", "-clargsfile", missing, "-k", "v"}),
-              (std::vector<std::string>{"ERROR: Unable to open command line arguments file " + missing}));
-    EXPECT_EQ(Stored(), (std::vector<std::string>{"prog"}));
-    EXPECT_EQ(ZORSimCommandLine::NumPairs(), 0);
-}
-
-TEST_F(CmdLineArgsFile, NoFileNameAfterTheOptionIsAFileThatCannotBeOpened) {
-    EXPECT_EQ(LoadArgv({"prog", "-clargsfile"}),
-              (std::vector<std::string>{"ERROR: Unable to open command line arguments file (null)"}));
-    EXPECT_EQ(Stored(), (std::vector<std::string>{"prog"}));
-}
-
-TEST_F(CmdLineArgsFile, OptionOnlyCountsAsTheFirstArgument) {
-    EXPECT_TRUE(LoadArgv({"prog", "-x", "-clargsfile", m_dir.Write("f.txt", "-n\n")}).empty());
+    const struct {
+        std::string contents;
+        Strings warnings;
+        Strings stored;
+    } rows[] = {
+        {"", {}, {"prog"}},
+        {"-n\n5\n", {}, {"prog", "-n", "5"}},
+        // Lines are taken whole, without trimming; empty lines count.
+        {"  spaced  \n\n-k\n\n\"quoted\" # no comment\n",
+         {},
+         {"prog", "  spaced  ", "", "-k", "", "\"quoted\" # no comment"}},
+        // A long line arrives in pieces, each but the last reported.
+        {x2000 + "\n", {kTooLong}, {"prog", x2000.substr(0, 1023), x2000.substr(1023)}},
+        // 1022 characters and the line feed fill the buffer exactly; one
+        // more and the line feed comes alone, as an empty argument.
+        {y1022 + "\nz\n", {}, {"prog", y1022, "z"}},
+        {y1023 + "\nz\n", {kTooLong}, {"prog", y1023, "", "z"}},
+        // A last line without a line feed is reported but kept.
+        {"-a\nlast", {kTooLong}, {"prog", "-a", "last"}},
+        {lines1100, tooMany, first1023},
+        {"-n\r\n5\r\n", {}, {"prog", "-n\r", "5\r"}}, // carriage returns stay
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.contents.substr(0, 20));
+        // Arguments after the file's name are dropped.
+        EXPECT_EQ(Load({"prog", "-clargsfile", dir.Write("args.txt", row.contents), "-dropped", "x"}),
+                  row.warnings);
+        EXPECT_EQ(StoredArgs(), row.stored);
+    }
+    // The pairs come from the file's lines.
+    EXPECT_EQ(ZORSimCommandLine::NumPairs(), 1);
+    EXPECT_EQ(ZORSimCommandLine::GetInt("n\r", 0), 5);
+    // The option counts only as the first argument.
+    EXPECT_TRUE(Load({"prog", "-x", "-clargsfile", dir.Write("f.txt", "-n\n")}).empty());
     EXPECT_EQ(ZORSimCommandLine::NumArgs(), 4);
     EXPECT_TRUE(ZORSimCommandLine::IsMember("clargsfile"));
 }
 
-TEST_F(CmdLineArgsFile, UndecodableLineEndsTheFillWithTheConversionError) {
+// A missing file, or none named, leaves only the program name.
+TEST(CmdLineArgsFile, UnopenableFileLeavesOnlyTheProgramName) {
+    TempDir dir;
+    const std::string missing = dir.path + "/missing.txt";
+    const std::string kUnable = "ERROR: Unable to open command line arguments file ";
+    EXPECT_EQ(Load({"prog", "-clargsfile", missing, "-k", "v"}), Strings{kUnable + missing});
+    EXPECT_EQ(StoredArgs(), Strings{"prog"});
+    EXPECT_EQ(ZORSimCommandLine::NumPairs(), 0);
+    EXPECT_EQ(Load({"prog", "-clargsfile"}), Strings{kUnable + "(null)"});
+    EXPECT_EQ(StoredArgs(), Strings{"prog"});
+}
+
+TEST(CmdLineArgsFile, UndecodableLineEndsTheFillWithTheConversionError) {
+    TempDir dir;
     ASSERT_NE(std::setlocale(LC_CTYPE, "C"), nullptr);
     try {
-        Load("-k\nbad\xff\n");
+        Load({"prog", "-clargsfile", dir.Write("args.txt", "-k\nbad\xff\n")});
         ADD_FAILURE() << "undecodable line accepted";
     } catch (const ZORBasToUTF8Exception& e) {
         EXPECT_STREQ(e.Text(), "bad\xff");

@@ -11,11 +11,9 @@
 #include "ZORSimUttOS.h"
 
 #include <cerrno>
-#include <fcntl.h>
-#include <fstream>
+#include <cstdio>
 #include <latch>
 #include <spawn.h>
-#include <sstream>
 #include <sys/wait.h>
 #include <thread>
 #include <typeinfo>
@@ -23,7 +21,7 @@
 extern char** environ;
 
 using namespace zorsim_cmdline_test;
-using zorsim_test::Lines;
+using Strings = std::vector<std::string>;
 
 namespace {
 
@@ -37,7 +35,7 @@ void PrintStore() {
     }
 }
 
-int RunScenario(const std::string& name) {
+void RunScenario(const std::string& name) {
     if (name == "dump") {
         PrintStore();
         std::printf("n=%d v=%s empty-key=%d\n", ZORSimCommandLine::GetInt("n", -1),
@@ -49,9 +47,9 @@ int RunScenario(const std::string& name) {
         std::printf("explicit %d\n", ZORSimCommandLine::NumArgs());
         int tally = 0;
         ZORSimUtt_finalize(tally); // the layer's last stop
-        std::printf("tally %d registered %d\n", tally,
-                    omi_SingletonRegistry::Instance()->Contains(typeid(ZORSimCommandLineImpl).name()) ? 1
-                                                                                                      : 0);
+        const bool registered =
+            omi_SingletonRegistry::Instance()->Contains(typeid(ZORSimCommandLineImpl).name());
+        std::printf("tally %d registered %d\n", tally, registered ? 1 : 0);
         PrintStore();
     } else if (name == "display") {
         ZORSimCommandLine::NumArgs();
@@ -60,10 +58,7 @@ int RunScenario(const std::string& name) {
         ZORSimUttOSFault::Arm("ProcessArguments", EIO);
         PrintStore();
         std::printf("member %d\n", ZORSimCommandLine::IsMember("x", true) ? 1 : 0);
-    } else {
-        return 2;
     }
-    return 0;
 }
 
 // In a child started by the cases below: run the scenario and end here.
@@ -71,128 +66,82 @@ const bool g_child = [] {
     const char* scenario = std::getenv(kScenarioVariable);
     if (scenario == nullptr)
         return false;
-    const int status = RunScenario(scenario);
+    RunScenario(scenario);
     std::fflush(stdout);
-    std::fflush(stderr);
-    std::_Exit(status);
+    std::_Exit(0);
 }();
-
-struct ChildResult {
-    int status = -1;
-    std::string out;
-    std::string err;
-};
-
-std::string ReadAll(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
 
 // Starts this program with exactly `args` (argument 0 included) and the
 // scenario in its environment; SIM_CMD_DISPLAY_BYTES is set only on request.
-ChildResult RunChild(const std::string& scenario, std::vector<std::string> args, bool display = false) {
-    ChildResult result;
-    TempDir dir;
-    if (!dir.Ok())
-        return result;
-    const std::string outPath = dir.Path() + "/out";
-    const std::string errPath = dir.Path() + "/err";
-    std::vector<std::string> env;
-    for (char** entry = environ; *entry != nullptr; ++entry) {
-        const std::string text = *entry;
-        if (!zorsim_test::StartsWith(text, std::string(kScenarioVariable) + "=") &&
-            !zorsim_test::StartsWith(text, "SIM_CMD_DISPLAY_BYTES="))
-            env.push_back(text);
-    }
-    env.push_back(std::string(kScenarioVariable) + "=" + scenario);
-    if (display)
-        env.push_back("SIM_CMD_DISPLAY_BYTES="); // set, whatever its value
-    Argv argv(std::move(args));
-    Argv envp(std::move(env));
-
+// Returns its standard output and error together.
+std::string RunChild(const char* scenario, const Strings& args, bool display = false) {
+    zorsim_test::ScopedEnv scenarioOn(kScenarioVariable, scenario);
+    zorsim_test::ScopedEnv displayOn("SIM_CMD_DISPLAY_BYTES", display ? "" : nullptr); // any value
+    Argv argv(args);
+    std::FILE* out = std::tmpfile();
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, 1, outPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    posix_spawn_file_actions_addopen(&actions, 2, errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    posix_spawn_file_actions_adddup2(&actions, fileno(out), 1);
+    posix_spawn_file_actions_adddup2(&actions, fileno(out), 2);
     pid_t pid = 0;
-    const int rc = posix_spawn(&pid, "/proc/self/exe", &actions, nullptr, argv.argv(), envp.argv());
-    posix_spawn_file_actions_destroy(&actions);
-    if (rc != 0)
-        return result;
-    int status = 0;
+    int status = -1;
+    std::string result;
+    EXPECT_EQ(posix_spawn(&pid, "/proc/self/exe", &actions, nullptr, argv.argv(), environ), 0);
     while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
     }
-    result.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-    result.out = ReadAll(outPath);
-    result.err = ReadAll(errPath);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+    std::rewind(out);
+    for (int c; (c = std::fgetc(out)) != EOF;)
+        result += static_cast<char>(c);
+    posix_spawn_file_actions_destroy(&actions);
+    std::fclose(out);
     return result;
 }
 
 } // namespace
 
+// Each row: the scenario, the child's argument vector, whether the byte
+// display is on, and the child's whole output.
 TEST(CmdLineProcess, StoreHoldsWhatMainReceived) {
-    const ChildResult child =
-        RunChild("dump", {"-prog", "-n", "5", "caf\xc3\xa9", "", "bad\xff", "two words", "-v"});
-    ASSERT_EQ(child.status, 0) << child.err;
-    EXPECT_EQ(Lines(child.out), (std::vector<std::string>{
-                                    "args 8 pairs 3",
-                                    "arg 0 [-prog]",
-                                    "arg 1 [-n]",
-                                    "arg 2 [5]",
-                                    "arg 3 [caf\xc3\xa9]",
-                                    "arg 4 []",
-                                    // A byte no codeset decodes is kept, as a BAD string.
-                                    "arg 5 BAD [bad\xed\xb3\xbf]",
-                                    "arg 6 [two words]",
-                                    "arg 7 [-v]",
-                                    // The dashed program name adds an empty pair.
-                                    "n=5 v=dflt empty-key=1",
-                                }));
-    EXPECT_EQ(child.err, "");
+    const struct {
+        const char* scenario;
+        Strings args;
+        bool display;
+        std::string output;
+    } rows[] = {
+        // A byte no codeset decodes is kept, as a BAD string; the dashed
+        // program name adds an empty pair.
+        {"dump",
+         {"-prog", "-n", "5", "caf\xc3\xa9", "", "bad\xff", "two words", "-v"},
+         false,
+         "args 8 pairs 3\narg 0 [-prog]\narg 1 [-n]\narg 2 [5]\narg 3 [caf\xc3\xa9]\narg 4 []\n"
+         "arg 5 BAD [bad\xed\xb3\xbf]\narg 6 [two words]\narg 7 [-v]\nn=5 v=dflt empty-key=1\n"},
+        // Finalize at the layer's last stop lets the next query read the
+        // process's arguments.
+        {"finalize",
+         {"child", "-k", "v"},
+         false,
+         "explicit 2\ntally -1 registered 0\nargs 3 pairs 1\narg 0 [child]\narg 1 [-k]\narg 2 [v]\n"},
+        // Arguments that cannot be had leave an empty store, silently.
+        {"unavailable", {"child", "-x"}, false, "args 0 pairs 0\nmember 0\n"},
+        // UTF-16 units low byte first, then the UTF-8 bytes.
+        {"display",
+         {"prog", "\xc3\xa9", "\xf0\x9d\x84\x9e", "bad\xff", ""},
+         true,
+         "=== Arg 0: \"prog\"\n===   Wide: 70 00 72 00 6f 00 67 00\n===   UTF8: 70 72 6f 67\n"
+         "=== Arg 1: \"\xc3\xa9\"\n===   Wide: e9 00\n===   UTF8: c3 a9\n"
+         "=== Arg 2: \"\xf0\x9d\x84\x9e\"\n===   Wide: 34 d8 1e dd\n===   UTF8: f0 9d 84 9e\n"
+         "=== Arg 3: \"bad\xed\xb3\xbf\"\n===   Wide: 62 00 61 00 64 00 ff dc\n"
+         "===   UTF8: 62 61 64 ed b3 bf\n=== Arg 4: \"\"\n===   Wide:\n===   UTF8:\n"},
+        {"display", {"prog", "\xc3\xa9"}, false, ""},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.scenario);
+        EXPECT_EQ(RunChild(row.scenario, row.args, row.display), row.output);
+    }
 }
 
-TEST(CmdLineProcess, FinalizeAtTheLastStopLetsTheNextQueryReadTheProcessArguments) {
-    const ChildResult child = RunChild("finalize", {"child", "-k", "v"});
-    ASSERT_EQ(child.status, 0) << child.err;
-    EXPECT_EQ(Lines(child.out),
-              (std::vector<std::string>{"explicit 2", "tally -1 registered 0", "args 3 pairs 1",
-                                        "arg 0 [child]", "arg 1 [-k]", "arg 2 [v]"}));
-}
-
-TEST(CmdLineProcess, ArgumentsThatCannotBeHadLeaveAnEmptyStoreSilently) {
-    const ChildResult child = RunChild("unavailable", {"child", "-x"});
-    ASSERT_EQ(child.status, 0) << child.err;
-    EXPECT_EQ(Lines(child.out), (std::vector<std::string>{"args 0 pairs 0", "member 0"}));
-    EXPECT_EQ(child.err, "");
-}
-
-TEST(CmdLineProcess, ByteDisplayShowsUTF16UnitsLowByteFirstAndUTF8Bytes) {
-    const ChildResult child =
-        RunChild("display", {"prog", "\xc3\xa9", "\xf0\x9d\x84\x9e", "bad\xff", ""}, true);
-    ASSERT_EQ(child.status, 0) << child.err;
-    EXPECT_EQ(Lines(child.err), (std::vector<std::string>{
-                                    "=== Arg 0: \"prog\"",
-                                    "===   Wide: 70 00 72 00 6f 00 67 00",
-                                    "===   UTF8: 70 72 6f 67",
-                                    "=== Arg 1: \"\xc3\xa9\"",
-                                    "===   Wide: e9 00",
-                                    "===   UTF8: c3 a9",
-                                    "=== Arg 2: \"\xf0\x9d\x84\x9e\"",
-                                    "===   Wide: 34 d8 1e dd",
-                                    "===   UTF8: f0 9d 84 9e",
-                                    "=== Arg 3: \"bad\xed\xb3\xbf\"",
-                                    "===   Wide: 62 00 61 00 64 00 ff dc",
-                                    "===   UTF8: 62 61 64 ed b3 bf",
-                                    "=== Arg 4: \"\"",
-                                    "===   Wide:",
-                                    "===   UTF8:",
-                                }));
-
-    // Nothing is shown without the variable,
-    EXPECT_EQ(RunChild("display", {"prog", "\xc3\xa9"}).err, "");
-    // nor when the arguments come from an explicit vector.
+TEST(CmdLineProcess, NoByteDisplayForAnExplicitVector) {
     zorsim_test::ScopedEnv displayOn("SIM_CMD_DISPLAY_BYTES", "1");
     Argv given{"prog", "\xc3\xa9"};
     zorsim_test::StderrCapture capture;
@@ -211,7 +160,7 @@ TEST(CmdLineProcess, ConcurrentFirstQueriesShareOneFilledStore) {
         std::vector<int> counts(kThreads);
         std::vector<const ZORString*> names(kThreads);
         std::vector<ZORSimCommandLineImpl*> stores(kThreads);
-        std::vector<std::thread> threads;
+        std::vector<std::jthread> threads;
         for (int t = 0; t < kThreads; ++t)
             threads.emplace_back([&, t] {
                 start.arrive_and_wait();
@@ -220,8 +169,7 @@ TEST(CmdLineProcess, ConcurrentFirstQueriesShareOneFilledStore) {
                 ZORSimCommandLine::IsMember("no-such-key", true);
                 names[t] = &ZORSimCommandLine::GetPosition(0);
             });
-        for (std::thread& thread : threads)
-            thread.join();
+        threads.clear(); // joins
         for (int t = 1; t < kThreads; ++t) {
             EXPECT_EQ(stores[t], stores[0]);
             EXPECT_EQ(names[t], names[0]);
