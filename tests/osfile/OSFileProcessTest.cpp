@@ -6,7 +6,6 @@
 
 #include "ZORSimUttFilePathParser.h"
 
-#include <cerrno>
 #include <cstring>
 #include <sched.h>
 #include <sys/wait.h>
@@ -24,26 +23,20 @@ const bool g_cleanEnvironment = [] {
     return true;
 }();
 
-unsigned long long Total() {
-    return ZORSimUttOSFile::s_storageTotal.load();
-}
-
 } // namespace
 
 TEST(OSFileStorage, LimitIsReadOnceAndAnnounced) {
-    const std::pair<const char*, const char*> cases[] = {
-        {"1000", "^=== SIM Storage limit: 1000\n$"}, {"abc", "^$"}, {nullptr, "^$"}};
-    for (const auto& [value, output] : cases) {
+    for (const char* value : {"1000", "abc", static_cast<const char*>(nullptr)}) {
         SCOPED_TRACE(value ? value : "unset");
         ExpectInFreshProcess(
-            [value = value] {
+            [value] {
                 SetEnv("SIM_STORAGE_LIMIT", value);
                 ZORSimUttOSFile first;
                 SetEnv("SIM_STORAGE_LIMIT", "5");
                 ZORSimUttOSFile second;
                 EXPECT_EQ(value && *value == '1' ? 1000u : 0u, ZORSimUttOSFile::s_storageLimit);
             },
-            output);
+            value && *value == '1' ? "^=== SIM Storage limit: 1000\n$" : "^$");
     }
 }
 
@@ -51,16 +44,17 @@ TEST(OSFileStorage, WritesTruncationsAndOpensAreCharged) {
     ExpectInFreshProcess(
         [] {
             SetEnv("SIM_STORAGE_LIMIT", "100");
+            const auto total = [] { return ZORSimUttOSFile::s_storageTotal.load(); };
             TempDir dir;
             ZORSimUttOSFile file;
             file.OpenWrite(dir / "f"); // creating charges nothing
             file.WriteAll(std::string(60, 'a').data(), 60);
             Raised<ZORSimExcDiskFull>([&] { file.WriteAll(std::string(60, 'b').data(), 60); });
             EXPECT_EQ(60u, file.FileSize()); // refused before any byte went out,
-            EXPECT_EQ(120u, Total());        // but charged all the same
+            EXPECT_EQ(120u, total());        // but charged all the same
             Raised<ZORSimExcDiskFull>([&] { file.WriteAll("", 0); });
             file.Truncate(10); // shrinking gives credit
-            EXPECT_EQ(70u, Total());
+            EXPECT_EQ(70u, total());
             Raised<ZORSimExcDiskFull>([&] { file.Truncate(41); });
             EXPECT_EQ(10u, file.FileSize());
             file.Close();
@@ -72,7 +66,7 @@ TEST(OSFileStorage, WritesTruncationsAndOpensAreCharged) {
                 (file.*open)(dir / "f");
                 file.Close();
             }
-            EXPECT_EQ(20u, Total());
+            EXPECT_EQ(20u, total());
         },
         "^=== SIM Storage limit: 100\n$");
 }
@@ -97,36 +91,31 @@ TEST(OSFileLocking, OffOnlyWhenAllThreeVariablesAreSet) {
 
 TEST(OSFileTemporary, DirectoryCandidatesInOrder) {
     // TMPDIR, TEMP, TMP, a tab-led "\temp" in the working directory, then
-    // the working directory; the first usable directory is taken.
-    const struct {
-        const char* tmpdir;
-        const char* temp;
-        bool tabDirectory;
-        const char* expected;
-    } cases[] = {
-        {"a", "b", true, "a"},
-        {"missing", "b", true, "b"},
-        {"file", "", true, "\temp"}, // a plain file is no directory; empty is skipped
-        {nullptr, nullptr, false, "."},
+    // the working directory; the first usable directory is taken. "file" is
+    // a plain file, no directory; an empty value is skipped.
+    const std::tuple<const char*, const char*, const char*, const char*> cases[] = {
+        {"a", "b", "\temp", "a"},
+        {"missing", "b", "\temp", "b"},
+        {"file", "", "\temp", "\temp"},
+        {nullptr, nullptr, "c", "."},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.expected);
-        ExpectInFreshProcess([&c] {
+    for (const auto& [tmpdir, temp, made, expected] : cases) {
+        SCOPED_TRACE(expected);
+        ExpectInFreshProcess([&] {
             TempDir dir;
             ASSERT_EQ(0, chdir(dir.Path().c_str()));
-            for (const char* name : {"a", "b", c.tabDirectory ? "\temp" : "c"})
+            for (const char* name : {"a", "b", made})
                 mkdir(name, 0700);
             WriteBytes("file", "");
-            SetEnv("TMPDIR", c.tmpdir);
-            SetEnv("TEMP", c.temp);
+            SetEnv("TMPDIR", tmpdir);
+            SetEnv("TEMP", temp);
             SetEnv("TMP", nullptr);
-            {
-                ZORSimUttOSFile file;
-                file.CreateTemporary("");
-                const std::string expected = std::string(c.expected) + "/SimTemp.1.tmp";
-                EXPECT_EQ(ZORSimUttFilePathParser::FixPathForOS(expected), file.m_name);
-                EXPECT_TRUE(Exists(expected));
-            }
+            ZORSimUttOSFile file;
+            file.CreateTemporary("");
+            const std::string name = std::string(expected) + "/SimTemp.1.tmp";
+            EXPECT_EQ(ZORSimUttFilePathParser::FixPathForOS(name), file.m_name);
+            EXPECT_TRUE(Exists(name));
+            file.Close();
             EXPECT_EQ(0, chdir("/"));
         });
     }
@@ -150,26 +139,20 @@ TEST(OSFileLock, ProcessesTakingTheLockLoseNoUpdate) {
     TempDir dir;
     const std::string counter = dir / "counter";
     WriteBytes(counter, std::string(sizeof(long), '\0'));
-    int gate[2]; // the children start together, when the parent closes it
-    ASSERT_EQ(0, pipe(gate));
+    // Held while the children start, so that they all queue up on it.
+    ZORSimUttOSFile gate;
+    gate.OpenUpdate(counter);
+    ASSERT_TRUE(gate.Lock());
     std::vector<pid_t> children;
     for (int p = 0; p < kProcesses; ++p) {
-        const pid_t pid = fork();
-        ASSERT_GE(pid, 0);
-        if (pid != 0) {
-            children.push_back(pid);
-            continue;
-        }
-        close(gate[1]);
-        char none;
-        while (read(gate[0], &none, 1) < 0 && errno == EINTR) {
-        }
-        int status = 0;
-        try {
-            ZORSimUttOSFile file; // opened after the fork: a lock of its own
+        children.push_back(fork());
+        ASSERT_GE(children.back(), 0);
+        if (children.back() == 0) { // an exception ends the child abnormally
+            ZORSimUttOSFile file;   // opened after the fork: a lock of its own
             file.OpenUpdate(counter);
+            int refused = 0;
             for (int round = 0; round < kRounds; ++round) {
-                status |= file.Lock() ? 0 : 1;
+                refused += file.Lock() ? 0 : 1;
                 long value = 0;
                 file.ReadAtomic(0, reinterpret_cast<char*>(&value), sizeof value);
                 ++value;
@@ -177,13 +160,10 @@ TEST(OSFileLock, ProcessesTakingTheLockLoseNoUpdate) {
                 file.WriteAtomic(0, reinterpret_cast<const char*>(&value), sizeof value);
                 file.Unlock();
             }
-        } catch (...) {
-            status |= 2;
+            _exit(refused);
         }
-        _exit(status);
     }
-    close(gate[0]);
-    close(gate[1]);
+    gate.Unlock();
     for (pid_t pid : children) {
         int status = 0;
         ASSERT_EQ(pid, waitpid(pid, &status, 0));

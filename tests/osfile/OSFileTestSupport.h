@@ -1,5 +1,5 @@
-// Shared by the OS file tests: a fresh directory, file helpers that go
-// straight to the OS, and checks of what was raised.
+// Shared by the OS file and file utility tests: a fresh directory, file
+// helpers that go straight to the OS, and checks of what was raised.
 #pragma once
 
 #include "ZORSimExceptions.h"
@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -22,11 +23,10 @@ namespace zorsim_test {
 // exits (for children that end without unwinding), else with the object.
 class TempDir {
 public:
-    explicit TempDir(bool atExit = false) : m_path("/tmp/zorsim-osfile-XXXXXX"), m_atExit(atExit) {
-        if (mkdtemp(m_path.data()) == nullptr)
-            m_path.clear();
+    explicit TempDir(bool atExit = false) : m_path("/tmp/zorsim-file-XXXXXX"), m_atExit(atExit) {
+        EXPECT_NE(mkdtemp(m_path.data()), nullptr);
+        static std::string removed;
         if (atExit) {
-            static std::string removed;
             removed = m_path;
             std::atexit([] { std::filesystem::remove_all(removed); });
         }
@@ -70,16 +70,18 @@ template <class E> std::optional<E> Raised(const std::function<void()>& action) 
     }
     return std::nullopt;
 }
-// For the classes that carry the OS error.
-template <class E> void ExpectRaised(const std::function<void()>& action, int code) {
-    if (const auto e = Raised<E>(action)) {
+// For the classes that carry the OS error: its code and the OS's own text.
+template <class E> std::optional<E> ExpectRaised(const std::function<void()>& action, int code) {
+    const auto e = Raised<E>(action);
+    if (e) {
         EXPECT_EQ(code, e->GetSystemErrorCode().Code());
+        EXPECT_STREQ(std::strerror(code), e->GetSystemErrorCode().AsString());
     }
+    return e;
 }
 inline void ExpectSystemError(const std::function<void()>& action, const char* service, int code) {
-    if (const auto e = Raised<ZORSimExcSystemError>(action)) {
+    if (const auto e = ExpectRaised<ZORSimExcSystemError>(action, code)) {
         EXPECT_STREQ(service, e->GetServiceName().AsString());
-        EXPECT_EQ(code, e->GetSystemErrorCode().Code());
     }
 }
 
