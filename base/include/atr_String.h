@@ -66,9 +66,16 @@ private:
 };
 
 ZORBAS_API void atr_SubstituteFormat(atr_translate& t, int index, int value, ZORBasStringMode mode);
+
+// End of the placeholder whose '%' is at `start` of format[0, n), or 0 when
+// none starts there: '%', flags "-+ #0", width, ".precision", a length
+// modifier that counts only when a letter follows, one ASCII letter. Tools
+// that read formats share the formatter's own grammar through it.
+ZORBAS_API std::size_t atr_PlaceholderEnd(const char* format, std::size_t n, std::size_t start);
 ZORBAS_API void atr_SubstituteFormat(atr_translate& t, int index, unsigned int value, ZORBasStringMode mode);
 ZORBAS_API void atr_SubstituteFormat(atr_translate& t, int index, long long value, ZORBasStringMode mode);
-ZORBAS_API void atr_SubstituteFormat(atr_translate& t, int index, unsigned long long value, ZORBasStringMode mode);
+ZORBAS_API void atr_SubstituteFormat(atr_translate& t, int index, unsigned long long value,
+                                     ZORBasStringMode mode);
 ZORBAS_API void atr_SubstituteFormat(atr_translate& t, int index, float value, ZORBasStringMode mode);
 ZORBAS_API void atr_SubstituteFormat(atr_translate& t, int index, double value, ZORBasStringMode mode);
 // A null text is shown as "(null)".

@@ -21,8 +21,9 @@ bool IsLetter(char c) {
 // follows it ("%l." is the placeholder "%l").
 const char* const kModifiers[] = {"hh", "h", "ll", "l", "L", "q", "j", "z", "t", "I64", "I32", "I"};
 
-// End of the placeholder whose '%' is at `start`, or 0 when none starts there.
-std::size_t PlaceholderEnd(const char* f, std::size_t n, std::size_t start) {
+} // namespace
+
+std::size_t atr_PlaceholderEnd(const char* f, std::size_t n, std::size_t start) {
     std::size_t j = start + 1;
     while (j < n && IsFlag(f[j]))
         ++j;
@@ -42,6 +43,8 @@ std::size_t PlaceholderEnd(const char* f, std::size_t n, std::size_t start) {
         return j + 1;
     return 0;
 }
+
+namespace {
 
 // Appends f[begin, end) with every "%%" turned into "%".
 void AppendLiteral(std::string& out, const char* f, std::size_t begin, std::size_t end, bool hasEscapes) {
@@ -86,7 +89,7 @@ atr_translate::atr_translate(const char* format, ZORBasStringMode)
             i += 2;
             continue;
         }
-        const std::size_t end = PlaceholderEnd(f, n, i);
+        const std::size_t end = atr_PlaceholderEnd(f, n, i);
         if (end == 0) {
             ++i; // a '%' that starts no placeholder stays as it is
             continue;

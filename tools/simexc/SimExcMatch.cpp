@@ -1,50 +1,13 @@
 #include "SimExcMatch.h"
 
+#include "atr_String.h"
+
 #include <algorithm>
 #include <cstring>
 
 namespace simexc {
 
 namespace {
-
-// ---- the formatter's placeholder grammar -------------------------------------
-// '%', flags "-+ #0", width, ".precision", a length modifier, one ASCII
-// letter; a modifier counts only when a letter follows it.
-
-bool IsFlag(char c) {
-    return c == '-' || c == '+' || c == ' ' || c == '#' || c == '0';
-}
-bool IsDigit(char c) {
-    return c >= '0' && c <= '9';
-}
-bool IsLetter(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
-
-const char* const kModifiers[] = {"hh", "h", "ll", "l", "L", "q", "j", "z", "t", "I64", "I32", "I"};
-
-// End of the placeholder whose '%' is at `start`, or 0 when none starts there.
-std::size_t PlaceholderEnd(std::string_view f, std::size_t start) {
-    const std::size_t n = f.size();
-    std::size_t j = start + 1;
-    while (j < n && IsFlag(f[j]))
-        ++j;
-    while (j < n && IsDigit(f[j]))
-        ++j;
-    if (j < n && f[j] == '.') {
-        ++j;
-        while (j < n && IsDigit(f[j]))
-            ++j;
-    }
-    for (const char* modifier : kModifiers) {
-        const std::size_t len = std::strlen(modifier);
-        if (j + len < n && f.compare(j, len, modifier) == 0 && IsLetter(f[j + len]))
-            return j + len + 1;
-    }
-    if (j < n && IsLetter(f[j]))
-        return j + 1;
-    return 0;
-}
 
 // Calls literal(c) for each character of fixed text and gap(index, begin,
 // end) for each placeholder, in order.
@@ -60,7 +23,7 @@ template <class Literal, class Gap> void Scan(std::string_view f, Literal litera
             i += 2;
             continue;
         }
-        const std::size_t end = PlaceholderEnd(f, i);
+        const std::size_t end = atr_PlaceholderEnd(f.data(), f.size(), i);
         if (end == 0) {
             literal(f[i++]); // a '%' that starts no placeholder stays as it is
             continue;
