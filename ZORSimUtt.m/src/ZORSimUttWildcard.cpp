@@ -1,6 +1,8 @@
 // Wildcard matching of file names, the same on every platform.
 #include "ZORSimUttWildcard.h"
 
+#include "ZORString.h"
+
 #include <algorithm>
 #include <array>
 #include <cstring>
@@ -92,48 +94,20 @@ constexpr FoldRun kFoldRuns[] = {
 // holds: such a byte then equals only the same byte.
 constexpr char32_t kRawByte = 0xDC00;
 
-// Decodes the character at `text[pos]`; returns its length in bytes.
+// Decodes the character at `text[pos]`; returns its length in bytes. A byte
+// that starts no well-formed character stands for itself.
 std::size_t Decode(std::string_view text, std::size_t pos, char32_t& out) {
-    const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-    const unsigned char lead = byte(pos);
-    if (lead < 0x80) {
-        out = lead;
+    const auto* p = reinterpret_cast<const unsigned char*>(text.data());
+    if (p[pos] < 0x80) {
+        out = p[pos];
         return 1;
     }
-    std::size_t length = 0;
-    char32_t value = 0;
-    char32_t minimum = 0;
-    if (lead >= 0xC2 && lead <= 0xDF) {
-        length = 2;
-        value = lead & 0x1F;
-        minimum = 0x80;
-    } else if (lead >= 0xE0 && lead <= 0xEF) {
-        length = 3;
-        value = lead & 0x0F;
-        minimum = 0x800;
-    } else if (lead >= 0xF0 && lead <= 0xF4) {
-        length = 4;
-        value = lead & 0x07;
-        minimum = 0x10000;
-    }
-    if (length == 0 || pos + length > text.size()) {
-        out = kRawByte | lead;
+    const int length = ZORBasDecodeUTF8(p + pos, p + text.size(), out);
+    if (length == 0) {
+        out = kRawByte | p[pos];
         return 1;
     }
-    for (std::size_t i = 1; i < length; ++i) {
-        const unsigned char next = byte(pos + i);
-        if ((next & 0xC0) != 0x80) {
-            out = kRawByte | lead;
-            return 1;
-        }
-        value = (value << 6) | (next & 0x3F);
-    }
-    if (value < minimum || value > 0x10FFFF || (value >= 0xD800 && value <= 0xDFFF)) {
-        out = kRawByte | lead;
-        return 1;
-    }
-    out = value;
-    return length;
+    return static_cast<std::size_t>(length);
 }
 
 constexpr char32_t FoldAscii(char32_t c) {

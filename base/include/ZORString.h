@@ -87,6 +87,12 @@ private:
 
 ZORBAS_API ZORString operator+(const ZORString& a, const ZORString& b);
 
+// Length of the well-formed UTF-8 sequence at p (1 to 4 bytes, p < end),
+// storing its code point, or 0 when the bytes there are not well formed: a
+// stray continuation byte, an overlong form, a surrogate, a value beyond
+// U+10FFFF or a sequence cut short.
+ZORBAS_API int ZORBasDecodeUTF8(const unsigned char* p, const unsigned char* end, char32_t& cp);
+
 // A ZORString in the form the operating system takes: UTF-16 (wchar_t) on
 // Windows, UTF-8 bytes elsewhere. Converting a BAD string raises
 // ZORBasOsStringConversion.
@@ -98,8 +104,12 @@ public:
     using CharType = char;
 #endif
     explicit ZOROsString(const ZORString& text);
-    const CharType* c_str() const { return m_text.c_str(); }
-    std::size_t size() const { return m_text.size(); }
+    const CharType* c_str() const {
+        return m_text.c_str();
+    }
+    std::size_t size() const {
+        return m_text.size();
+    }
 
 private:
     std::basic_string<CharType> m_text;

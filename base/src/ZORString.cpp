@@ -7,20 +7,7 @@
 #include <cstdint>
 #include <cstring>
 
-namespace {
-
-constexpr char32_t kReplacement = 0xFFFD;
-
-const std::string& EmptyBytes() {
-    static const std::string empty;
-    return empty;
-}
-
-// Length of the well-formed UTF-8 sequence at p (1 to 4 bytes), storing its
-// code point, or 0 when the bytes there are not well formed: a stray
-// continuation byte, an overlong form, a surrogate, a value beyond U+10FFFF or
-// a sequence cut short.
-int DecodeOne(const unsigned char* p, const unsigned char* end, char32_t& cp) {
+int ZORBasDecodeUTF8(const unsigned char* p, const unsigned char* end, char32_t& cp) {
     const unsigned char b0 = p[0];
     if (b0 < 0x80) {
         cp = b0;
@@ -62,6 +49,15 @@ int DecodeOne(const unsigned char* p, const unsigned char* end, char32_t& cp) {
     return need + 1;
 }
 
+namespace {
+
+constexpr char32_t kReplacement = 0xFFFD;
+
+const std::string& EmptyBytes() {
+    static const std::string empty;
+    return empty;
+}
+
 bool IsValidUTF8(const char* text, std::size_t size) {
     const auto* p = reinterpret_cast<const unsigned char*>(text);
     const auto* end = p + size;
@@ -81,7 +77,7 @@ bool IsValidUTF8(const char* text, std::size_t size) {
             continue;
         }
         char32_t cp;
-        const int n = DecodeOne(p, end, cp);
+        const int n = ZORBasDecodeUTF8(p, end, cp);
         if (n == 0)
             return false;
         p += n;
@@ -96,7 +92,7 @@ template <class F> void ForEachChar(const std::string& bytes, F&& f) {
     const auto* end = p + bytes.size();
     while (p < end) {
         char32_t cp;
-        const int n = DecodeOne(p, end, cp);
+        const int n = ZORBasDecodeUTF8(p, end, cp);
         if (n == 0) {
             f(kReplacement);
             ++p;
@@ -299,7 +295,7 @@ ZORChar ZORString::At(std::size_t index) const {
     std::size_t i = 0;
     while (p < end) {
         char32_t cp;
-        const int n = DecodeOne(p, end, cp);
+        const int n = ZORBasDecodeUTF8(p, end, cp);
         if (i == index)
             return n == 0 ? kReplacement : cp;
         p += n == 0 ? 1 : n;
