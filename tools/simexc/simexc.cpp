@@ -82,49 +82,14 @@ int Usage(const char* problem) {
 
 // ---- text forms -------------------------------------------------------------
 
-// A format as it would be written in C source, so that line ends and
-// trailing blanks show.
-std::string Quoted(const char* text) {
-    std::string out = "\"";
-    for (const char* p = text; *p != '\0'; ++p) {
-        const unsigned char c = static_cast<unsigned char>(*p);
-        switch (c) {
-        case '\n':
-            out += "\\n";
-            break;
-        case '\t':
-            out += "\\t";
-            break;
-        case '"':
-            out += "\\\"";
-            break;
-        case '\\':
-            out += "\\\\";
-            break;
-        default:
-            if (c < 0x20 || c == 0x7f) {
-                char escape[8];
-                std::snprintf(escape, sizeof escape, "\\x%02x", c);
-                out += escape;
-            } else {
-                out.push_back(static_cast<char>(c));
-            }
-        }
-    }
-    return out + "\"";
-}
-
-std::string Json(const char* text) {
+// Text in double quotes with quotes, backslashes and control characters
+// escaped: as C source writes it ("\x1b"), so that line ends and trailing
+// blanks of a format show, or as JSON writes it ("\u001b").
+std::string QuotedAs(const char* text, bool json) {
     std::string out = "\"";
     for (const char* p = text != nullptr ? text : ""; *p != '\0'; ++p) {
         const unsigned char c = static_cast<unsigned char>(*p);
         switch (c) {
-        case '"':
-            out += "\\\"";
-            break;
-        case '\\':
-            out += "\\\\";
-            break;
         case '\n':
             out += "\\n";
             break;
@@ -134,10 +99,16 @@ std::string Json(const char* text) {
         case '\r':
             out += "\\r";
             break;
+        case '"':
+            out += "\\\"";
+            break;
+        case '\\':
+            out += "\\\\";
+            break;
         default:
-            if (c < 0x20) {
+            if (c < 0x20 || (!json && c == 0x7f)) {
                 char escape[8];
-                std::snprintf(escape, sizeof escape, "\\u%04x", c);
+                std::snprintf(escape, sizeof escape, json ? "\\u%04x" : "\\x%02x", c);
                 out += escape;
             } else {
                 out.push_back(static_cast<char>(c));
@@ -145,6 +116,13 @@ std::string Json(const char* text) {
         }
     }
     return out + "\"";
+}
+
+std::string Quoted(const char* text) {
+    return QuotedAs(text, false);
+}
+std::string Json(const char* text) {
+    return QuotedAs(text, true);
 }
 
 std::string Lower(std::string_view text) {
