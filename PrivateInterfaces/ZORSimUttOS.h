@@ -12,6 +12,36 @@
 
 namespace ZORSimUttOS {
 
+// The services the library calls, by the name its reports give them.
+enum class Service {
+#define ZORSIM_OS_SERVICE(name, text) name,
+#include "ZORSimUttOSServices.def"
+#undef ZORSIM_OS_SERVICE
+};
+// "CreateFile", "ReadFile", ...: the service name of reports and faults.
+ZORSIM_API const char* ServiceName(Service service);
+
+// OS errors by meaning; None is success.
+enum class Error {
+    None,
+#define ZORSIM_OS_ERROR(name, posixCode, windowsCode) name,
+#include "ZORSimUttOSErrors.def"
+#undef ZORSIM_OS_ERROR
+};
+// This platform's code for `error` (errno on POSIX, GetLastError on
+// Windows); 0 for None.
+ZORSIM_API int ErrorCode(Error error);
+
+// ---- the OS path form --------------------------------------------------------
+
+// The one place that knows how this OS writes paths.
+struct PathForm {
+    char separator;      // '\\' on Windows, '/' elsewhere
+    char foreign;        // the other platform's separator, replaced by FixPathForOS
+    bool longPathPrefix; // long paths take the \\?\ prefix
+};
+const PathForm& OsPathForm();
+
 // Each area below keeps its own section; an implementation per platform in
 // posix/ZORSimUttOS<Area>.cpp and win32/ZORSimUttOS<Area>.cpp.
 
@@ -54,11 +84,11 @@ bool ProcessArguments(std::vector<std::wstring>& args);
 struct DirListing;
 // Opens `path` ("" is the working directory) for listing. 0, or the OS
 // error: a missing directory gives the path-not-found code (ENOENT;
-// ERROR_PATH_NOT_FOUND on Windows). Fault key "FindFirstFile".
+// ERROR_PATH_NOT_FOUND on Windows). Service FindFirstFile.
 int OpenDir(const ZOROsString& path, DirListing*& listing);
 // The next entry, "." and ".." included, in the order the OS gives them.
 // True with `name` set (valid until the next call on the listing); false at
-// the end (error 0) or on failure (the OS error). Fault key "FindNextFile".
+// the end (error 0) or on failure (the OS error). Service FindNextFile.
 bool ReadDir(DirListing* listing, const char*& name, std::size_t& length, int& error);
 // Releases a listing from OpenDir; null is ignored.
 void CloseDir(DirListing* listing);
@@ -69,7 +99,7 @@ struct FileAttributes {
     bool writable = false;
 };
 // The attributes of `path`: 0, or the OS error when they cannot be read (a
-// missing path among them). Fault key "GetFileAttributes".
+// missing path among them). Service GetFileAttributes.
 int QueryAttributes(const ZOROsString& path, FileAttributes& attributes);
 
 // ---- files -------------------------------------------------------------------
@@ -91,7 +121,7 @@ enum class FileOpenKind {
 
 // Every function below returns 0 or the OS error code (errno on POSIX,
 // GetLastError on Windows); a null or closed handle gives the OS code for a
-// bad handle. Fault keys are the service names in brackets.
+// bad handle. The services are named in brackets.
 
 // Opens `path` (already in the OS form) ["CreateFile"].
 int OpenFile(const ZOROsString& path, FileOpenKind kind, FileHandle& handle);
@@ -113,6 +143,9 @@ int GetFileSize(FileHandle handle, unsigned long long& size); // ["GetFileSize"]
 int LockFile(FileHandle handle);
 int UnlockFile(FileHandle handle);
 
+// Raises ZORSimExcSystemError with the service's name and the OS error.
+[[noreturn]] void RaiseSystemError(Service service, int error, const char* source, int line);
+
 // How the portable code reads an error code of the calls above.
 // The disk or the user's quota is full.
 bool IsDiskFull(int error);
@@ -132,9 +165,9 @@ struct FileIdentity {
     unsigned int indexLow = 0;
 };
 // Opens `path` without data access ["CreateFile"], reads its identity
-// ["GetFileInformationByHandle"] and closes it again. On failure `service`
+// ["GetFileInformationByHandle"] and closes it again. On failure `failed`
 // names the call that failed.
-int QueryFileIdentity(const ZOROsString& path, FileIdentity& identity, const char*& service);
+int QueryFileIdentity(const ZOROsString& path, FileIdentity& identity, Service& failed);
 // Renames `from` to `to`, replacing an existing `to`; no copy across volumes
 // ["MoveFileEx"].
 int RenameFile(const ZOROsString& from, const ZOROsString& to);
@@ -154,20 +187,19 @@ int FullPath(const ZOROsString& path, ZORString& full);
 
 } // namespace ZORSimUttOS
 
-// Fault injection into the seam, for tests of the error paths: an armed call
-// fails in the OS layer as if the OS had refused it with `error`. Calls are
-// named by the service name the library reports for them ("CreateFile",
-// "WriteFile", "FindNextFile", ...) or, for calls without one, by the seam
-// function's name ("InitializeSymbols", "CaptureStack").
+// Fault injection into the seam, for tests of the error paths: an armed
+// service fails in front of the platform call, as if the OS had refused it.
+// The check is made once, in the portable layer that every seam function
+// passes through, so that a platform file holds nothing but its OS calls.
 namespace ZORSimUttOSFault {
 
-// After `after` further calls of `call` succeed, the next `times` calls fail
-// with `error` (an errno value on POSIX, a GetLastError value on Windows).
-// Arming a call again replaces its earlier arming. A transfer call armed with
-// error 0 "succeeds" having moved no bytes.
-ZORSIM_API void Arm(const char* call, int error, int times = 1, int after = 0);
+// After `after` further calls of `service` succeed, the next `times` calls
+// fail with `error`. Arming a service again replaces its earlier arming. A
+// transfer armed with Error::None "succeeds" having moved no bytes.
+ZORSIM_API void Arm(ZORSimUttOS::Service service, ZORSimUttOS::Error error, int times = 1, int after = 0);
 ZORSIM_API void DisarmAll();
-// Used by the OS layer: true (and the error) when this call is to fail.
-bool Take(const char* call, int& error);
+// Used by the seam: true, with the platform's code for the armed error, when
+// this call of `service` is to fail.
+bool Take(ZORSimUttOS::Service service, int& error);
 
 } // namespace ZORSimUttOSFault

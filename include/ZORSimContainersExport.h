@@ -11,10 +11,25 @@
 #    define ZORSIM_API __attribute__((visibility("default")))
 #endif
 
+// An explicit instantiation of an exported template: GCC takes the export
+// attribute from the extern declaration alone, MinGW wants it here as well.
+#if defined(_WIN32)
+#    define ZORSIM_INSTANTIATION_API ZORSIM_API
+#else
+#    define ZORSIM_INSTANTIATION_API
+#endif
+
 #if defined(__GNUC__)
 #    define ZORSIM_NOINLINE __attribute__((noinline))
 #elif defined(_MSC_VER)
 #    define ZORSIM_NOINLINE __declspec(noinline)
 #else
 #    define ZORSIM_NOINLINE
+#endif
+
+// Keeps a frame off the tail-call path, so that a frame count holds.
+#if defined(__GNUC__)
+#    define ZORSIM_NO_TAIL_CALL() __asm__ __volatile__("" ::: "memory")
+#else
+#    define ZORSIM_NO_TAIL_CALL() ((void)0)
 #endif

@@ -122,16 +122,3 @@ BOOL ZORSIM_DLLMAIN_CALL DllMain(HINSTANCE, DWORD reason, LPVOID) {
 }
 
 } // extern "C"
-
-#if !defined(_WIN32)
-// Elsewhere the shared object's load and unload stand for process attach and
-// detach, so that loading the library starts it exactly as on Windows.
-namespace {
-__attribute__((constructor)) void ZORSimContainersOnLoad() {
-    DllMain(nullptr, ZORSIM_PROCESS_ATTACH, nullptr);
-}
-__attribute__((destructor)) void ZORSimContainersOnUnload() {
-    DllMain(nullptr, ZORSIM_PROCESS_DETACH, nullptr);
-}
-} // namespace
-#endif

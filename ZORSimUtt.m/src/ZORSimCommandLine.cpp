@@ -15,13 +15,7 @@
 #include <string>
 #include <vector>
 
-// The export attribute comes from the extern declaration in the header; GCC
-// takes the type's attributes only there, MinGW wants them here as well.
-#if defined(_WIN32)
-template class ZORSIM_API ZORBasAtiGlobalSingleton<ZORSimCommandLineImpl>;
-#else
-template class ZORBasAtiGlobalSingleton<ZORSimCommandLineImpl>;
-#endif
+template class ZORSIM_INSTANTIATION_API ZORBasAtiGlobalSingleton<ZORSimCommandLineImpl>;
 
 namespace {
 

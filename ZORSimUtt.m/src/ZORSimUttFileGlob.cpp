@@ -22,14 +22,8 @@
 namespace ZORSimUttFileUtils {
 namespace {
 
-#if defined(_WIN32)
-constexpr char kOsSeparator = '\\';
-#else
-constexpr char kOsSeparator = '/';
-#endif
-
-[[noreturn]] void RaiseSystemError(const char* service, int code) {
-    ZORSimExcSystemError(service, ZORBasSystemError(code)).Throw("ZORSimUttFileUtils", __LINE__);
+[[noreturn]] void RaiseSystemError(ZORSimUttOS::Service service, int code) {
+    ZORSimUttOS::RaiseSystemError(service, code, "ZORSimUttFileUtils", __LINE__);
 }
 
 bool IsDots(std::string_view name) {
@@ -77,7 +71,7 @@ GlobRange::GlobRange(const ZORString& pattern) : m_impl(std::make_unique<GlobRan
     // (separator kept, so that `/x*` lists the root) and the name pattern.
     const ZORString osPattern = ZORSimUttFilePathParser::FixPathForOS(pattern);
     const std::string_view text(osPattern.c_str(), osPattern.Bytes());
-    const std::size_t split = text.rfind(kOsSeparator);
+    const std::size_t split = text.rfind(ZORSimUttOS::OsPathForm().separator);
     const std::size_t nameStart = split == std::string_view::npos ? 0 : split + 1;
     const ZOROsString listDirectory(ZORString(std::string(text.substr(0, nameStart))));
     m_impl->pattern = ZORSimUttWildcard::Pattern(text.substr(nameStart));
@@ -93,7 +87,7 @@ GlobRange::GlobRange(const ZORString& pattern) : m_impl(std::make_unique<GlobRan
     if (error != 0) {
         std::fprintf(stderr, "!!! Error in FindFirstFile.  Pattern: \"%s\"\n", pattern.c_str());
         std::fflush(stderr);
-        RaiseSystemError("FindFirstFile", error);
+        RaiseSystemError(ZORSimUttOS::Service::FindFirstFile, error);
     }
     SkipDots();
 }
@@ -124,7 +118,7 @@ void GlobRange::Advance() {
     m_impl->exhausted = true;
     m_impl->currentName = ZORString();
     if (error != 0)
-        RaiseSystemError("FindNextFile", error);
+        RaiseSystemError(ZORSimUttOS::Service::FindNextFile, error);
 }
 
 void GlobRange::SkipDots() {
@@ -163,6 +157,10 @@ bool IsWriteable(const ZORString& path) {
 
 // ---- plain exports ---------------------------------------------------------
 
+// The C declarations too, so that the compiler holds them to these
+// definitions.
+#include "ZORSimContainersC.h"
+
 namespace {
 
 using ZORSimUttFileUtils::GlobRange;
@@ -199,6 +197,15 @@ GlobHandle* Checked(void* handle) {
     return static_cast<GlobHandle*>(handle);
 }
 
+// A null pointer the call would read or write through: 0 and a text that
+// names the argument, without raising (nothing has gone wrong inside).
+unsigned char NullArgument(unsigned int capacity, char* buffer, const char* function, const char* argument) {
+    char text[128];
+    std::snprintf(text, sizeof text, "%s: %s is a null pointer.", function, argument);
+    WriteError(buffer, capacity, text);
+    return 0;
+}
+
 // Runs `body`; any exception becomes text in the caller's buffer and 0.
 template <class Body> unsigned char Guarded(unsigned int capacity, char* buffer, Body&& body) {
     try {
@@ -218,6 +225,10 @@ template <class Body> unsigned char Guarded(unsigned int capacity, char* buffer,
 
 extern "C" unsigned char ZORSimUttFileUtils_GlobInit(const char* pattern, void** handle,
                                                      unsigned int capacity, char* buffer) {
+    if (pattern == nullptr)
+        return NullArgument(capacity, buffer, "ZORSimUttFileUtils_GlobInit", "pattern");
+    if (handle == nullptr)
+        return NullArgument(capacity, buffer, "ZORSimUttFileUtils_GlobInit", "handle");
     return Guarded(capacity, buffer, [&] {
         auto range = std::make_unique<GlobRange>(ZORString(pattern));
         auto* glob = new GlobHandle{std::move(range), {}};
@@ -228,12 +239,16 @@ extern "C" unsigned char ZORSimUttFileUtils_GlobInit(const char* pattern, void**
 extern "C" unsigned char ZORSimUttFileUtils_GlobEmpty(void* handle, unsigned char* empty,
                                                       unsigned int capacity, char* buffer) {
     GlobHandle* glob = Checked(handle);
+    if (empty == nullptr)
+        return NullArgument(capacity, buffer, "ZORSimUttFileUtils_GlobEmpty", "empty");
     return Guarded(capacity, buffer, [&] { *empty = glob->range->Empty() ? 1 : 0; });
 }
 
 extern "C" unsigned char ZORSimUttFileUtils_GlobFront(void* handle, const char** front, unsigned int capacity,
                                                       char* buffer) {
     GlobHandle* glob = Checked(handle);
+    if (front == nullptr)
+        return NullArgument(capacity, buffer, "ZORSimUttFileUtils_GlobFront", "front");
     return Guarded(capacity, buffer, [&] {
         const ZORString current = glob->range->Front();
         glob->front.assign(current.c_str(), current.Bytes());

@@ -5,6 +5,7 @@
 #include "ZORSimUttFilePathParser.h"
 
 #include "ZORSimBadZORString.h"
+#include "ZORSimUttOS.h"
 
 #include <algorithm>
 #include <string>
@@ -12,19 +13,6 @@
 
 namespace ZORSimUttFilePathParser {
 namespace {
-
-// The form of a path the OS of this build takes: its separator, the one it
-// replaces, and whether long paths need the `\\?\` prefix. The only place
-// where the platforms differ.
-#if defined(_WIN32)
-constexpr char kOsSeparator = '\\';
-constexpr char kForeignSeparator = '/';
-constexpr bool kOsNeedsLongPathPrefix = true;
-#else
-constexpr char kOsSeparator = '/';
-constexpr char kForeignSeparator = '\\';
-constexpr bool kOsNeedsLongPathPrefix = false;
-#endif
 
 constexpr std::size_t kLongPathCharacters = 260;
 constexpr std::string_view kLongPathPrefix = "\\\\?\\";
@@ -197,8 +185,9 @@ int CompareFilePaths(const ZORString& a, const ZORString& b) {
 
 ZORString FixPathForOS(const ZORString& path) {
     ZORSimBadZORString::Check(path);
-    std::string result = kOsNeedsLongPathPrefix ? LongPathOf(View(path)) : std::string(View(path));
-    std::replace(result.begin(), result.end(), kForeignSeparator, kOsSeparator);
+    const ZORSimUttOS::PathForm& form = ZORSimUttOS::OsPathForm();
+    std::string result = form.longPathPrefix ? LongPathOf(View(path)) : std::string(View(path));
+    std::replace(result.begin(), result.end(), form.foreign, form.separator);
     return ZORString(result);
 }
 

@@ -25,8 +25,8 @@ constexpr const char* kSource = "ZORSimUttFileUtils";
 // enough to stay in the cache between the read and the write.
 constexpr unsigned long long kCopyChunk = 262144;
 
-[[noreturn]] void RaiseSystemError(const char* service, int error, int line) {
-    ZORSimExcSystemError(service, ZORBasSystemError(error)).Throw(kSource, line);
+[[noreturn]] void RaiseSystemError(OS::Service service, int error, int line) {
+    OS::RaiseSystemError(service, error, kSource, line);
 }
 
 // Every name entering: checked, normalised, converted (a name without an OS
@@ -53,10 +53,10 @@ FileId GetFileID(const ZORString& path) {
     const ZORString name = FixPathForOS(path);
     const ZOROsString osName(name);
     OS::FileIdentity identity;
-    const char* service = "CreateFile";
+    OS::Service service = OS::Service::CreateFile;
     const int error = OS::QueryFileIdentity(osName, identity, service);
     if (error != 0) {
-        if (std::string_view(service) == "CreateFile" && OS::IsFileNotFound(error, osName))
+        if (service == OS::Service::CreateFile && OS::IsFileNotFound(error, osName))
             ZORSimExcNoSuchFile(name).Throw(kSource, __LINE__);
         RaiseSystemError(service, error, __LINE__);
     }
@@ -87,7 +87,7 @@ void Move(const ZORString& from, const ZORString& to) {
     const ZOROsString osFrom = OsName(from);
     const ZOROsString osTo = OsName(to);
     if (const int error = OS::RenameFile(osFrom, osTo))
-        RaiseSystemError("MoveFileEx", error, __LINE__);
+        RaiseSystemError(OS::Service::MoveFileEx, error, __LINE__);
 }
 
 bool LinkIfUnique(const ZORString& existing, const ZORString& link) {
@@ -98,12 +98,12 @@ bool LinkIfUnique(const ZORString& existing, const ZORString& link) {
         return true;
     if (OS::IsFileExists(error))
         return false;
-    RaiseSystemError("CreateHardLink", error, __LINE__);
+    RaiseSystemError(OS::Service::CreateHardLink, error, __LINE__);
 }
 
 void Remove(const ZORString& path) {
     if (const int error = OS::RemoveFile(OsName(path)))
-        RaiseSystemError("DeleteFile", error, __LINE__);
+        RaiseSystemError(OS::Service::DeleteFile, error, __LINE__);
 }
 
 bool RemoveNoThrow(const ZORString& path) {
@@ -120,12 +120,12 @@ void RemoveAll(const ZORString& pattern) {
 
 void MakeDir(const ZORString& path) {
     if (const int error = OS::MakeDirectory(OsName(path)))
-        RaiseSystemError("CreateDirectory", error, __LINE__);
+        RaiseSystemError(OS::Service::CreateDirectory, error, __LINE__);
 }
 
 void RemoveDir(const ZORString& path) {
     if (const int error = OS::DeleteDirectory(OsName(path)))
-        RaiseSystemError("RemoveDirectory", error, __LINE__);
+        RaiseSystemError(OS::Service::RemoveDirectory, error, __LINE__);
 }
 
 ZORString AbsolutePath(const ZORString& path) {

@@ -29,23 +29,19 @@ constexpr std::size_t kMaxNumberText = 1048576;
 
 // Long names take the \\?\ prefix only where the OS wants it.
 ZORString LongPathForOS(const ZORString& path) {
-#if defined(_WIN32)
-    return ZORSimUttFilePathParser::GetLongPathNameW(path);
-#else
-    return path;
-#endif
+    return OS::OsPathForm().longPathPrefix ? ZORSimUttFilePathParser::GetLongPathNameW(path) : path;
 }
 
 ZORBasUtlIOStats& Stats() {
     return omi_Singleton<ZORBasUtlIOStats>::Instance();
 }
 
-[[noreturn]] void RaiseSystemError(const char* service, int error, int line) {
-    ZORSimExcSystemError(service, ZORBasSystemError(error)).Throw(kSource, line);
+[[noreturn]] void RaiseSystemError(OS::Service service, int error, int line) {
+    OS::RaiseSystemError(service, error, kSource, line);
 }
 
 // Disk full wins over the operation's own failure class.
-[[noreturn]] void RaiseDiskFullOrSystemError(const char* service, int error, int line) {
+[[noreturn]] void RaiseDiskFullOrSystemError(OS::Service service, int error, int line) {
     if (OS::IsDiskFull(error))
         ZORSimExcDiskFull().Throw(kSource, line);
     RaiseSystemError(service, error, line);
@@ -219,7 +215,7 @@ void Open(ZORSimUttOSFile& file, const ZORString& name, const OpenRule& rule) {
             }
             ZORSimExcNoSuchFile(file.m_name).Throw(kSource, __LINE__);
         }
-        RaiseSystemError("CreateFile", error, __LINE__);
+        RaiseSystemError(OS::Service::CreateFile, error, __LINE__);
     }
     file.m_handle = handle;
     file.m_stats = Stats().usefile_Open(file.m_name);
@@ -288,7 +284,7 @@ void ZORSimUttOSFile::CreateGenerated(const ZORString& base, const ZORString& ex
         m_handle = nullptr;
         if (OS::IsFileNotFound(error, osName))
             ZORSimExcNoSuchFile(m_name).Throw(kSource, __LINE__);
-        RaiseSystemError("CreateFile", error, __LINE__);
+        RaiseSystemError(OS::Service::CreateFile, error, __LINE__);
     }
 }
 
@@ -335,7 +331,7 @@ unsigned long long ZORSimUttOSFile::FileSize() const {
     unsigned long long size = 0;
     const int error = OS::GetFileSize(m_handle, size);
     if (error != 0)
-        RaiseSystemError("GetFileSize", error, __LINE__);
+        RaiseSystemError(OS::Service::GetFileSize, error, __LINE__);
     return size;
 }
 
@@ -424,7 +420,7 @@ void ZORSimUttOSFile::Seek(const unsigned long long& position) {
         return;
     const int error = OS::SetFilePointer(m_handle, position);
     if (error != 0)
-        RaiseSystemError("SetFilePointer", error, __LINE__);
+        RaiseSystemError(OS::Service::SetFilePointer, error, __LINE__);
     m_position = position;
 }
 
@@ -434,10 +430,10 @@ void ZORSimUttOSFile::Truncate(const unsigned long long& size) {
         ZORSimExcDiskFull().Throw(kSource, __LINE__);
     int error = OS::SetFilePointer(m_handle, size);
     if (error != 0)
-        RaiseSystemError("SetFilePointer", error, __LINE__);
+        RaiseSystemError(OS::Service::SetFilePointer, error, __LINE__);
     error = OS::SetEndOfFile(m_handle);
     if (error != 0)
-        RaiseDiskFullOrSystemError("SetEndOfFile", error, __LINE__);
+        RaiseDiskFullOrSystemError(OS::Service::SetEndOfFile, error, __LINE__);
     // Only ever raised here, although the OS pointer now stands at `size`:
     // callers rely on this one-sided update.
     if (size > m_position)
@@ -449,7 +445,7 @@ void ZORSimUttOSFile::Flush() {
         return;
     const int error = OS::FlushFileBuffers(m_handle);
     if (error != 0)
-        RaiseDiskFullOrSystemError("FlushFileBuffers", error, __LINE__);
+        RaiseDiskFullOrSystemError(OS::Service::FlushFileBuffers, error, __LINE__);
 }
 
 bool ZORSimUttOSFile::Lock() {
@@ -459,7 +455,7 @@ bool ZORSimUttOSFile::Lock() {
         ZORSimExcFileNotOpen().Throw(kSource, __LINE__);
     const int error = OS::LockFile(m_handle);
     if (error != 0)
-        RaiseSystemError("LockFileEx", error, __LINE__);
+        RaiseSystemError(OS::Service::LockFileEx, error, __LINE__);
     return true;
 }
 
@@ -469,5 +465,5 @@ void ZORSimUttOSFile::Unlock() {
     // Reported under the name of the locking call, as it always has been.
     const int error = OS::UnlockFile(m_handle);
     if (error != 0)
-        RaiseSystemError("LockFileEx", error, __LINE__);
+        RaiseSystemError(OS::Service::LockFileEx, error, __LINE__);
 }

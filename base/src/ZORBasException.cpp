@@ -1,14 +1,12 @@
 #include "ZORBasException.h"
 
+#include "ZORBasPlatform.h"
+
 #include <atomic>
 #include <cstring>
 #include <new>
 #include <stdexcept>
 #include <string>
-
-#if defined(_WIN32)
-#    include <windows.h>
-#endif
 
 namespace {
 
@@ -70,28 +68,7 @@ void ZORBasException::Throw(const char* file, int line) const {
     throw std::logic_error("ZORBasException::Throw: Propagate returned without throwing");
 }
 
-namespace {
-
-std::string SystemErrorText(int code) {
-#if defined(_WIN32)
-    char buffer[512];
-    DWORD size = FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
-                                static_cast<DWORD>(code), 0, buffer, sizeof buffer, nullptr);
-    while (size > 0 && (buffer[size - 1] == '\n' || buffer[size - 1] == '\r' || buffer[size - 1] == ' '))
-        --size;
-    if (size == 0)
-        return "Unknown error " + std::to_string(code);
-    return std::string(buffer, size);
-#else
-    char buffer[256];
-    // The GNU strerror_r returns its text, which need not be in the buffer.
-    return std::string(strerror_r(code, buffer, sizeof buffer));
-#endif
-}
-
-} // namespace
-
-ZORBasSystemError::ZORBasSystemError(int code) : m_code(code), m_text(SystemErrorText(code)) {}
+ZORBasSystemError::ZORBasSystemError(int code) : m_code(code), m_text(zorbas_os::SystemErrorText(code)) {}
 
 atr_String ZORBasTextException::AsString(ZORBasStringMode) const {
     return atr_String(m_text);

@@ -19,6 +19,9 @@ bool LocaleToUTF8(const char* text, std::size_t size, std::string& utf8);
 // CPU time of the whole process (all threads), in seconds.
 double ProcessCpuSeconds();
 
+// The system's text for an OS error code (errno, or GetLastError on Windows).
+std::string SystemErrorText(int code);
+
 // Opens a file by a valid (not BAD) name.
 std::FILE* OpenFile(const ZORString& name, const char* mode);
 

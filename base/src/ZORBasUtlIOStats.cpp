@@ -6,13 +6,7 @@
 #include <chrono>
 #include <map>
 
-// The export attribute comes from the extern declaration in the header; GCC
-// takes the type's attributes only there, MinGW wants them here as well.
-#if defined(_WIN32)
-template class ZORBAS_API omi_Singleton<ZORBasUtlIOStats>;
-#else
-template class omi_Singleton<ZORBasUtlIOStats>;
-#endif
+template class ZORBAS_INSTANTIATION_API omi_Singleton<ZORBasUtlIOStats>;
 
 namespace {
 

@@ -390,12 +390,18 @@ ZORString operator+(const ZORString& a, const ZORString& b) {
 
 // ---- ZOROsString ---------------------------------------------------------------
 
+namespace {
+// The OS form by the character type of this platform's OS strings.
+void AssignOsForm(std::string& out, const ZORString& text) {
+    out.assign(text.c_str(), text.Bytes());
+}
+[[maybe_unused]] void AssignOsForm(std::wstring& out, const ZORString& text) {
+    out = text.ToWChar();
+}
+} // namespace
+
 ZOROsString::ZOROsString(const ZORString& text) {
     if (text.IsBAD())
         ZORBasOsStringConversion(text.c_str()).Throw(__FILE__, __LINE__);
-#if defined(_WIN32)
-    m_text = text.ToWChar();
-#else
-    m_text.assign(text.c_str(), text.Bytes());
-#endif
+    AssignOsForm(m_text, text);
 }

@@ -10,13 +10,7 @@
 #include <map>
 #include <mutex>
 
-// The export attribute comes from the extern declaration in the header; GCC
-// takes the type's attributes only there, MinGW wants them here as well.
-#if defined(_WIN32)
-template class ZORBAS_API omi_Singleton<bcu_ResourceMonitor>;
-#else
-template class omi_Singleton<bcu_ResourceMonitor>;
-#endif
+template class ZORBAS_INSTANTIATION_API omi_Singleton<bcu_ResourceMonitor>;
 
 namespace {
 
@@ -26,12 +20,7 @@ double SecondsBetween(Clock::time_point from, Clock::time_point to) {
     return std::chrono::duration<double>(to - from).count();
 }
 
-#if defined(__MINGW32__) // its plain printf check is the Microsoft one
-__attribute__((format(gnu_printf, 2, 3)))
-#elif defined(__GNUC__)
-__attribute__((format(printf, 2, 3)))
-#endif
-void AppendFormatted(std::string& out, const char* format, ...) {
+ZORBAS_PRINTF_FORMAT(2, 3) void AppendFormatted(std::string& out, const char* format, ...) {
     va_list args;
     va_start(args, format);
     va_list again;

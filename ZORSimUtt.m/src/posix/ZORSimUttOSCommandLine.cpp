@@ -1,13 +1,13 @@
 // The process's own arguments on Linux: /proc/self/cmdline holds them as main
 // received them, each ended by a NUL.
-#include "ZORSimUttOS.h"
+#include "ZORSimUttOSPlatform.h"
 #include "ZORString.h"
 
 #include <cerrno>
 #include <fcntl.h>
 #include <unistd.h>
 
-namespace ZORSimUttOS {
+namespace ZORSimUttOS::Platform {
 namespace {
 
 // Text that the locale cannot decode: what is UTF-8 is taken as such, every
@@ -40,11 +40,6 @@ std::wstring Decode(const std::string& bytes) {
 
 bool ProcessArguments(std::vector<std::wstring>& args) {
     args.clear();
-    int error = 0;
-    if (ZORSimUttOSFault::Take("ProcessArguments", error)) {
-        errno = error;
-        return false;
-    }
     const int fd = ::open("/proc/self/cmdline", O_RDONLY | O_CLOEXEC);
     if (fd < 0)
         return false;
@@ -78,4 +73,4 @@ bool ProcessArguments(std::vector<std::wstring>& args) {
     return true;
 }
 
-} // namespace ZORSimUttOS
+} // namespace ZORSimUttOS::Platform

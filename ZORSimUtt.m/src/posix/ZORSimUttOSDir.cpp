@@ -1,22 +1,19 @@
 // Directories and file attributes on POSIX systems.
-#include "ZORSimUttOS.h"
+#include "ZORSimUttOSPlatform.h"
 
 #include <cerrno>
 #include <cstring>
 #include <dirent.h>
 #include <sys/stat.h>
 
-namespace ZORSimUttOS {
-
-struct DirListing {
+struct ZORSimUttOS::DirListing {
     DIR* dir = nullptr;
 };
 
+namespace ZORSimUttOS::Platform {
+
 int OpenDir(const ZOROsString& path, DirListing*& listing) {
     listing = nullptr;
-    int error = 0;
-    if (ZORSimUttOSFault::Take("FindFirstFile", error))
-        return error;
     DIR* dir = opendir(path.size() == 0 ? "." : path.c_str());
     if (dir == nullptr)
         return errno;
@@ -25,8 +22,6 @@ int OpenDir(const ZOROsString& path, DirListing*& listing) {
 }
 
 bool ReadDir(DirListing* listing, const char*& name, std::size_t& length, int& error) {
-    if (ZORSimUttOSFault::Take("FindNextFile", error))
-        return false;
     // readdir tells the end from a failure only through errno.
     errno = 0;
     const dirent* entry = readdir(listing->dir);
@@ -48,9 +43,6 @@ void CloseDir(DirListing* listing) {
 }
 
 int QueryAttributes(const ZOROsString& path, FileAttributes& attributes) {
-    int error = 0;
-    if (ZORSimUttOSFault::Take("GetFileAttributes", error))
-        return error;
     struct stat status {};
     if (stat(path.c_str(), &status) != 0)
         return errno;
@@ -60,4 +52,4 @@ int QueryAttributes(const ZOROsString& path, FileAttributes& attributes) {
     return 0;
 }
 
-} // namespace ZORSimUttOS
+} // namespace ZORSimUttOS::Platform

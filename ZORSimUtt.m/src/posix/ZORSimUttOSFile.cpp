@@ -1,7 +1,7 @@
 // Files on POSIX: a descriptor with a file pointer kept beside it, so that a
 // seek is no system call and every transfer is one pread or pwrite; the
 // whole-file lock is an open-file-description lock.
-#include "ZORSimUttOS.h"
+#include "ZORSimUttOSPlatform.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -14,7 +14,7 @@
 #include <sys/types.h>
 #include <unistd.h>
 
-namespace ZORSimUttOS {
+namespace ZORSimUttOS::Platform {
 namespace {
 
 struct PosixFile {
@@ -103,9 +103,6 @@ constexpr unsigned long long kMaxOffset = static_cast<unsigned long long>(std::n
 } // namespace
 
 int OpenFile(const ZOROsString& path, FileOpenKind kind, FileHandle& handle) {
-    int error = 0;
-    if (ZORSimUttOSFault::Take("CreateFile", error))
-        return error;
     // Windows share modes have no POSIX counterpart: nothing here keeps other
     // openers out. A temporary file is for its creator's eyes only.
     const mode_t mode = kind == FileOpenKind::CreateNewTemporary ? 0600 : 0666;
@@ -148,13 +145,7 @@ int CloseFile(FileHandle handle) {
         delete file;
         return 0;
     }
-    int error = 0;
-    if (ZORSimUttOSFault::Take("CloseHandle", error)) {
-        // As a real failed close: the descriptor is released all the same.
-        ReleaseDescriptor(file);
-        return error;
-    }
-    error = ReleaseDescriptor(file);
+    const int error = ReleaseDescriptor(file);
     if (error == 0)
         delete file;
     return error;
@@ -162,9 +153,6 @@ int CloseFile(FileHandle handle) {
 
 int ReadFile(FileHandle handle, char* buffer, unsigned int size, unsigned int& moved) {
     moved = 0;
-    int error = 0;
-    if (ZORSimUttOSFault::Take("ReadFile", error))
-        return error;
     PosixFile* file = FromHandle(handle);
     if (file == nullptr)
         return EBADF;
@@ -181,9 +169,6 @@ int ReadFile(FileHandle handle, char* buffer, unsigned int size, unsigned int& m
 
 int WriteFile(FileHandle handle, const char* buffer, unsigned int size, unsigned int& moved) {
     moved = 0;
-    int error = 0;
-    if (ZORSimUttOSFault::Take("WriteFile", error))
-        return error;
     PosixFile* file = FromHandle(handle);
     if (file == nullptr)
         return EBADF;
@@ -200,9 +185,6 @@ int WriteFile(FileHandle handle, const char* buffer, unsigned int size, unsigned
 }
 
 int SetFilePointer(FileHandle handle, unsigned long long position) {
-    int error = 0;
-    if (ZORSimUttOSFault::Take("SetFilePointer", error))
-        return error;
     PosixFile* file = FromHandle(handle);
     if (file == nullptr)
         return EBADF;
@@ -214,9 +196,6 @@ int SetFilePointer(FileHandle handle, unsigned long long position) {
 }
 
 int SetEndOfFile(FileHandle handle) {
-    int error = 0;
-    if (ZORSimUttOSFault::Take("SetEndOfFile", error))
-        return error;
     PosixFile* file = FromHandle(handle);
     if (file == nullptr)
         return EBADF;
@@ -228,9 +207,6 @@ int SetEndOfFile(FileHandle handle) {
 }
 
 int FlushFileBuffers(FileHandle handle) {
-    int error = 0;
-    if (ZORSimUttOSFault::Take("FlushFileBuffers", error))
-        return error;
     PosixFile* file = FromHandle(handle);
     if (file == nullptr)
         return EBADF;
@@ -246,9 +222,6 @@ int FlushFileBuffers(FileHandle handle) {
 
 int GetFileSize(FileHandle handle, unsigned long long& size) {
     size = 0;
-    int error = 0;
-    if (ZORSimUttOSFault::Take("GetFileSize", error))
-        return error;
     PosixFile* file = FromHandle(handle);
     if (file == nullptr)
         return EBADF;
@@ -282,9 +255,6 @@ int WholeFileLock(PosixFile* file, short type, int command) {
 } // namespace
 
 int LockFile(FileHandle handle) {
-    int error = 0;
-    if (ZORSimUttOSFault::Take("LockFileEx", error))
-        return error;
     PosixFile* file = FromHandle(handle);
     if (file == nullptr)
         return EBADF;
@@ -293,18 +263,15 @@ int LockFile(FileHandle handle) {
 
 // Unlike Windows, releasing a lock that is not held succeeds.
 int UnlockFile(FileHandle handle) {
-    int error = 0;
-    if (ZORSimUttOSFault::Take("UnlockFile", error))
-        return error;
     PosixFile* file = FromHandle(handle);
     if (file == nullptr)
         return EBADF;
     return WholeFileLock(file, F_UNLCK, F_OFD_SETLK);
 }
 
-bool IsDiskFull(int error) {
-    return error == ENOSPC || error == EDQUOT;
-}
+} // namespace ZORSimUttOS::Platform
+
+namespace ZORSimUttOS {
 
 // ENOENT stands for both of the Windows codes "file not found" and "path not
 // found"; the directory tells them apart.
@@ -316,10 +283,6 @@ bool IsFileNotFound(int error, const ZOROsString& path) {
     const std::string directory = slash == std::string::npos ? "." : slash == 0 ? "/" : text.substr(0, slash);
     struct stat status;
     return stat(directory.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
-}
-
-bool IsFileExists(int error) {
-    return error == EEXIST;
 }
 
 } // namespace ZORSimUttOS

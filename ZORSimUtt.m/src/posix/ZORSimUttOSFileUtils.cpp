@@ -1,6 +1,6 @@
 // POSIX side of the file utilities: identity, rename, links, removal,
 // directories and absolute names.
-#include "ZORSimUttOS.h"
+#include "ZORSimUttOSPlatform.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -11,7 +11,7 @@
 #include <unistd.h>
 #include <vector>
 
-namespace ZORSimUttOS {
+namespace ZORSimUttOS::Platform {
 namespace {
 
 // Runs a call again while a signal interrupts it; 0 or its errno.
@@ -52,13 +52,10 @@ int WorkingDirectory(std::string& directory) {
 
 } // namespace
 
-int QueryFileIdentity(const ZOROsString& path, FileIdentity& identity, const char*& service) {
-    service = "CreateFile";
-    int error = 0;
-    if (ZORSimUttOSFault::Take("CreateFile", error))
-        return error;
-        // No access to the data is asked for, as with an open of access 0: a file
-        // the caller may not read still has an identity.
+int QueryFileIdentity(const ZOROsString& path, FileIdentity& identity, Service& failed) {
+    failed = Service::CreateFile;
+    // No access to the data is asked for, as with an open of access 0: a file
+    // the caller may not read still has an identity.
 #if defined(O_PATH)
     constexpr int kFlags = O_PATH | O_CLOEXEC;
 #else
@@ -68,10 +65,10 @@ int QueryFileIdentity(const ZOROsString& path, FileIdentity& identity, const cha
     if (const int openError = Retried([&] { return fd = ::open(path.c_str(), kFlags); }))
         return openError;
 
-    service = "GetFileInformationByHandle";
+    failed = Service::GetFileInformationByHandle;
+    int error = 0;
     struct stat status;
-    if (ZORSimUttOSFault::Take("GetFileInformationByHandle", error)) {
-    } else if (::fstat(fd, &status) != 0) {
+    if (::fstat(fd, &status) != 0) {
         error = errno;
     } else {
         const auto inode = static_cast<unsigned long long>(status.st_ino);
@@ -84,47 +81,29 @@ int QueryFileIdentity(const ZOROsString& path, FileIdentity& identity, const cha
 }
 
 int RenameFile(const ZOROsString& from, const ZOROsString& to) {
-    int error = 0;
-    if (ZORSimUttOSFault::Take("MoveFileEx", error))
-        return error;
     // rename(2) replaces an existing target atomically and never copies.
     return Retried([&] { return ::rename(from.c_str(), to.c_str()); });
 }
 
 int MakeHardLink(const ZOROsString& link, const ZOROsString& existing) {
-    int error = 0;
-    if (ZORSimUttOSFault::Take("CreateHardLink", error))
-        return error;
     return Retried([&] { return ::link(existing.c_str(), link.c_str()); });
 }
 
 int RemoveFile(const ZOROsString& path) {
-    int error = 0;
-    if (ZORSimUttOSFault::Take("DeleteFile", error))
-        return error;
     // unlink(2) refuses a directory (EISDIR), as DeleteFile does.
     return Retried([&] { return ::unlink(path.c_str()); });
 }
 
 int MakeDirectory(const ZOROsString& path) {
-    int error = 0;
-    if (ZORSimUttOSFault::Take("CreateDirectory", error))
-        return error;
     // The umask narrows the permissions, as for any file the library makes.
     return Retried([&] { return ::mkdir(path.c_str(), 0777); });
 }
 
 int DeleteDirectory(const ZOROsString& path) {
-    int error = 0;
-    if (ZORSimUttOSFault::Take("RemoveDirectory", error))
-        return error;
     return Retried([&] { return ::rmdir(path.c_str()); });
 }
 
 int FullPath(const ZOROsString& path, ZORString& full) {
-    int error = 0;
-    if (ZORSimUttOSFault::Take("FullPath", error))
-        return error;
     const std::string_view name(path.c_str(), path.size());
     std::string joined;
     if (name.empty() || name.front() != '/') {
@@ -163,4 +142,4 @@ int FullPath(const ZOROsString& path, ZORString& full) {
     return 0;
 }
 
-} // namespace ZORSimUttOS
+} // namespace ZORSimUttOS::Platform

@@ -2,7 +2,7 @@
 // for the return addresses, elfutils libdwfl for names, files and lines.
 // The portable trace printer serialises InitializeSymbols and Symbolize;
 // nothing here is safe to call from two threads at once.
-#include "ZORSimUttOS.h"
+#include "ZORSimUttOSPlatform.h"
 
 #include <cerrno>
 #include <cstdint>
@@ -12,7 +12,7 @@
 #include <unistd.h>
 #include <unwind.h>
 
-namespace ZORSimUttOS {
+namespace ZORSimUttOS::Platform {
 namespace {
 
 struct Unwinding {
@@ -85,17 +85,12 @@ std::string Demangle(const char* name) {
 
 // The first frame handed to the unwinder's callback is CaptureStack itself.
 ZORSIM_NOINLINE int CaptureStack(void** frames, int capacity, int skip) {
-    int error = 0;
-    if (ZORSimUttOSFault::Take("CaptureStack", error)) {
-        errno = error;
-        return 0;
-    }
     if (frames == nullptr || capacity <= 0)
         return 0;
     Unwinding unwinding{frames, capacity, 1 + (skip > 0 ? skip : 0), 0};
     _Unwind_Backtrace(CollectFrame, &unwinding);
     // Keeps this frame off the tail-call path so that the skip count holds.
-    __asm__ __volatile__("" ::: "memory");
+    ZORSIM_NO_TAIL_CALL();
     return unwinding.count;
 }
 
@@ -103,11 +98,6 @@ bool InitializeSymbols() {
     if (g_dwfl != nullptr) {
         dwfl_end(g_dwfl);
         g_dwfl = nullptr;
-    }
-    int error = 0;
-    if (ZORSimUttOSFault::Take("InitializeSymbols", error)) {
-        errno = error;
-        return false;
     }
     Dwfl* dwfl = dwfl_begin(&kCallbacks);
     if (dwfl == nullptr)
@@ -149,4 +139,4 @@ SymbolInfo Symbolize(void* returnAddress) {
     return info;
 }
 
-} // namespace ZORSimUttOS
+} // namespace ZORSimUttOS::Platform

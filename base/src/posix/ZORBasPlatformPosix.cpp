@@ -80,4 +80,10 @@ std::FILE* OpenFile(const ZORString& name, const char* mode) {
     return std::fopen(name.c_str(), mode);
 }
 
+std::string SystemErrorText(int code) {
+    char buffer[256];
+    // The GNU strerror_r returns its text, which need not be in the buffer.
+    return std::string(strerror_r(code, buffer, sizeof buffer));
+}
+
 } // namespace zorbas_os

@@ -47,4 +47,26 @@ std::FILE* OpenFile(const ZORString& name, const char* mode) {
     return _wfopen(wideName.c_str(), wideMode.c_str());
 }
 
+// The system's own wording, in UTF-8, without the line end it carries.
+std::string SystemErrorText(int code) {
+    wchar_t* text = nullptr;
+    const DWORD size = FormatMessageW(
+        FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
+        static_cast<DWORD>(code), 0, reinterpret_cast<wchar_t*>(&text), 0, nullptr);
+    std::wstring wide(text != nullptr ? text : L"", size);
+    if (text != nullptr)
+        LocalFree(text);
+    while (!wide.empty() && (wide.back() == L'\n' || wide.back() == L'\r' || wide.back() == L' '))
+        wide.pop_back();
+    if (wide.empty())
+        return "Unknown error " + std::to_string(code);
+    const int bytes = WideCharToMultiByte(CP_UTF8, 0, wide.data(), static_cast<int>(wide.size()), nullptr, 0,
+                                          nullptr, nullptr);
+    std::string utf8(static_cast<std::size_t>(bytes > 0 ? bytes : 0), '\0');
+    if (bytes > 0)
+        WideCharToMultiByte(CP_UTF8, 0, wide.data(), static_cast<int>(wide.size()), utf8.data(), bytes,
+                            nullptr, nullptr);
+    return utf8;
+}
+
 } // namespace zorbas_os

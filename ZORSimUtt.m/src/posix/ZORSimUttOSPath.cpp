@@ -1,0 +1,7 @@
+// How POSIX writes paths.
+#include "ZORSimUttOS.h"
+
+const ZORSimUttOS::PathForm& ZORSimUttOS::OsPathForm() {
+    static constexpr PathForm kForm{'/', '\\', false};
+    return kForm;
+}
