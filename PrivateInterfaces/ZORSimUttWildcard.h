@@ -5,8 +5,11 @@
 //  - `?` takes one character other than `.`; at a `.` or at the end of the
 //    name it takes nothing;
 //  - a `.` followed by `*` or `?` takes a `.` or the end of the name;
+//  - a `*` directly before a `.` may not take the name's last dot (`*.?`
+//    lists `a.b` and `ab`, not `a.bc`; `*.tmp` still lists `a.b.tmp`);
 //  - trailing dots of the pattern are dropped, and a `*` left at the end by
-//    that may not take the name's last dot (`*.` lists names without one);
+//    that may not take the name's last dot either (`*.` lists names without
+//    one);
 //  - every other character stands for itself: no classes, no braces.
 // No 8.3 short-name aliases take part.
 #pragma once

@@ -176,6 +176,10 @@ Pattern::Pattern(std::string_view pattern) {
                 m_elements.push_back({Kind::Star, 0});
             continue;
         }
+        // A lone star directly before a dot never takes the name's last dot:
+        // `*.?` lists `abc.d` and `abc`, not `abc.de`.
+        if (c == U'.' && starRun == 1)
+            m_elements.back().kind = Kind::LastStar;
         starRun = 0;
         if (c == U'?') {
             m_literal = false;
