@@ -1,6 +1,6 @@
 // Cost of the OS file against the raw system calls on a file in the page
-// cache: 4 KiB positioned reads and writes at random offsets, 1 MiB
-// sequential reads, and creating a numbered file beside many others.
+// cache: 4 KiB positioned reads and writes at random offsets, 4 KiB and
+// 1 MiB sequential reads, and creating a numbered file beside many others.
 //
 // Each transfer case alternates blocks of raw calls and blocks of calls of
 // the class in one run and reports both times per call ("raw_ns", "ours_ns")
@@ -177,6 +177,26 @@ void BM_WriteAtomic4K_vs_pwrite(benchmark::State& state) {
     close(fd);
 }
 BENCHMARK(BM_WriteAtomic4K_vs_pwrite)->MinTime(1.0)->MeasureProcessCPUTime();
+
+// Sequential 4 KiB reads: the class's own work per OS call shows here most.
+void BM_Read4K_vs_read(benchmark::State& state) {
+    const int fd = open(DataFile().c_str(), O_RDONLY | O_CLOEXEC);
+    ZORSimUttOSFile file;
+    file.OpenRead(DataFile());
+    std::vector<char> buffer(kBlock);
+    Paired(
+        state, kCallsPerBlock,
+        [&](std::size_t) {
+            if (read(fd, buffer.data(), kBlock) <= 0)
+                lseek(fd, 0, SEEK_SET);
+        },
+        [&](std::size_t) {
+            if (file.Read(buffer.data(), kBlock) == 0)
+                file.Seek(0);
+        });
+    close(fd);
+}
+BENCHMARK(BM_Read4K_vs_read)->MinTime(1.0)->MeasureProcessCPUTime();
 
 void BM_Read1M_vs_read(benchmark::State& state) {
     const int fd = open(DataFile().c_str(), O_RDONLY | O_CLOEXEC);

@@ -176,7 +176,8 @@ template <class T> ZORBasException* ZORSimExcCloneOf(const T& original) {
     };
 
 // Out-of-line definitions, for the block sources. Propagate reports the
-// message of the most derived class (a virtual call) and throws a copy.
+// message of the most derived class (a virtual call) and throws a copy; with
+// reports switched off it skips the formatting nobody would read.
 #define ZORSIM_EXC_DEFINE(Name, CodeValue, Base, BaseArgs, Format, ...)                                      \
     Name::Name(ZORSIM_PP_LIST(ZORSIM_EXC_X_PARAM, __VA_ARGS__))                                              \
         : Base(ZORSIM_EXC_BASE_CALL(BaseArgs)) ZORSIM_PP_EACH(ZORSIM_EXC_X_INIT, __VA_ARGS__) {}             \
@@ -192,7 +193,9 @@ template <class T> ZORBasException* ZORSimExcCloneOf(const T& original) {
         return ZORSimExcCloneOf(*this);                                                                      \
     }                                                                                                        \
     void Name::Propagate() const {                                                                           \
-        const atr_String text = this->AsString(ZORBasStringMode(false));                                     \
-        ZORSimUttAssert::ReportException(text.c_str());                                                      \
+        if (ZORSimUttAssert::WillReportException()) {                                                        \
+            const atr_String text = this->AsString(ZORBasStringMode(false));                                 \
+            ZORSimUttAssert::ReportException(text.c_str());                                                  \
+        }                                                                                                    \
         throw Name(*this);                                                                                   \
     }

@@ -11,6 +11,9 @@ public:
     [[noreturn]] static void ReportValidationFailure(const char* text);
     // Called by every exception's Propagate just before it throws.
     static void ReportException(const char* text);
+    // False once reports are switched off: ReportException would print
+    // nothing, so Propagate need not format the text it would be handed.
+    static bool WillReportException();
 };
 
 // Switches exception reports off for the rest of the process.

@@ -169,6 +169,10 @@ void ZORSimUttAssert::ReportException(const char* text) {
     std::atomic_signal_fence(std::memory_order_seq_cst);
 }
 
+bool ZORSimUttAssert::WillReportException() {
+    return !g_reportsDisabled.load(std::memory_order_relaxed);
+}
+
 void ZORSimUttAssertDisableExcReport() {
     g_reportsDisabled.store(true, std::memory_order_relaxed);
 }

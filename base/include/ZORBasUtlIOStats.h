@@ -6,9 +6,9 @@
 #include "ZORBasAti.h"
 #include "ZORString.h"
 
+#include <atomic>
 #include <cstdio>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -33,11 +33,16 @@ public:
 
 private:
     friend class ZORBasUtlIOStats;
+    // Counted per OS call: atomics, so that a transfer takes no lock here.
+    struct Counters {
+        std::atomic<unsigned long long> bytes{0};
+        std::atomic<unsigned long long> calls{0};
+        std::atomic<unsigned long long> nanoseconds{0};
+    };
     ZORString m_name;
-    mutable std::mutex m_lock; // guards the counters below
-    Totals m_totals[3];
-    int m_opens = 0;
-    int m_openNow = 0;
+    Counters m_counters[3];
+    std::atomic<int> m_opens{0};
+    std::atomic<int> m_openNow{0};
 };
 
 class ZORBAS_API ZORBasUtlIOStats {
@@ -51,9 +56,10 @@ public:
     ZORBasSharedPtr<ZORBasUtlIOFileStats> usefile_Open(const ZORString& name);
     void usefile_Close(const ZORBasSharedPtr<ZORBasUtlIOFileStats>& stats);
     // Times one OS transfer of the calling thread: StartTimer before the call,
-    // StopTimer after a successful one with the bytes it moved.
+    // StopTimer after a successful one with the bytes it moved. Neither
+    // allocates or locks.
     void StartTimer(int kind);
-    void StopTimer(unsigned long long bytes, int kind, ZORBasSharedPtr<ZORBasUtlIOFileStats> stats);
+    void StopTimer(unsigned long long bytes, int kind, const ZORBasSharedPtr<ZORBasUtlIOFileStats>& stats);
 
     std::vector<ZORBasSharedPtr<ZORBasUtlIOFileStats>> Files() const;
     // One line per file: bytes, calls and seconds for reads and writes.

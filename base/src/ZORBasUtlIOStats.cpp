@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <map>
+#include <mutex>
 
 template class ZORBAS_INSTANTIATION_API omi_Singleton<ZORBasUtlIOStats>;
 
@@ -32,18 +33,20 @@ ZORBasUtlIOFileStats::ZORBasUtlIOFileStats(const ZORString& name) : m_name(name)
 ZORBasUtlIOFileStats::Totals ZORBasUtlIOFileStats::Get(int kind) const {
     if (!ValidKind(kind))
         return Totals{};
-    std::lock_guard<std::mutex> guard(m_lock);
-    return m_totals[kind];
+    const Counters& counters = m_counters[kind];
+    Totals totals;
+    totals.bytes = counters.bytes.load(std::memory_order_relaxed);
+    totals.calls = counters.calls.load(std::memory_order_relaxed);
+    totals.seconds = static_cast<double>(counters.nanoseconds.load(std::memory_order_relaxed)) * 1e-9;
+    return totals;
 }
 
 int ZORBasUtlIOFileStats::Opens() const {
-    std::lock_guard<std::mutex> guard(m_lock);
-    return m_opens;
+    return m_opens.load(std::memory_order_relaxed);
 }
 
 bool ZORBasUtlIOFileStats::IsOpen() const {
-    std::lock_guard<std::mutex> guard(m_lock);
-    return m_openNow > 0;
+    return m_openNow.load(std::memory_order_relaxed) > 0;
 }
 
 // ---- ZORBasUtlIOStats --------------------------------------------------------------
@@ -71,43 +74,45 @@ ZORBasSharedPtr<ZORBasUtlIOFileStats> ZORBasUtlIOStats::usefile_Open(const ZORSt
         }
         record = slot;
     }
-    std::lock_guard<std::mutex> guard(record->m_lock);
-    ++record->m_opens;
-    ++record->m_openNow;
+    record->m_opens.fetch_add(1, std::memory_order_relaxed);
+    record->m_openNow.fetch_add(1, std::memory_order_relaxed);
     return record;
 }
 
 void ZORBasUtlIOStats::usefile_Close(const ZORBasSharedPtr<ZORBasUtlIOFileStats>& stats) {
     if (!stats)
         return;
-    std::lock_guard<std::mutex> guard(stats->m_lock);
-    if (stats->m_openNow > 0)
-        --stats->m_openNow;
+    int open = stats->m_openNow.load(std::memory_order_relaxed);
+    while (open > 0 && !stats->m_openNow.compare_exchange_weak(open, open - 1, std::memory_order_relaxed)) {
+    }
 }
 
 void ZORBasUtlIOStats::StartTimer(int kind) {
     if (!ValidKind(kind))
         return;
-    t_timer.start[kind] = Clock::now();
-    t_timer.started[kind] = true;
+    ThreadTimer& timer = t_timer;
+    timer.start[kind] = Clock::now();
+    timer.started[kind] = true;
 }
 
 void ZORBasUtlIOStats::StopTimer(unsigned long long bytes, int kind,
-                                 ZORBasSharedPtr<ZORBasUtlIOFileStats> stats) {
+                                 const ZORBasSharedPtr<ZORBasUtlIOFileStats>& stats) {
     if (!ValidKind(kind))
         return;
-    double seconds = 0;
-    if (t_timer.started[kind]) {
-        seconds = std::chrono::duration<double>(Clock::now() - t_timer.start[kind]).count();
-        t_timer.started[kind] = false;
+    long long nanoseconds = 0;
+    ThreadTimer& timer = t_timer;
+    if (timer.started[kind]) {
+        nanoseconds =
+            std::chrono::duration_cast<std::chrono::nanoseconds>(Clock::now() - timer.start[kind]).count();
+        timer.started[kind] = false;
     }
     if (!stats)
         return;
-    std::lock_guard<std::mutex> guard(stats->m_lock);
-    ZORBasUtlIOFileStats::Totals& totals = stats->m_totals[kind];
-    totals.bytes += bytes;
-    totals.calls += 1;
-    totals.seconds += seconds;
+    ZORBasUtlIOFileStats::Counters& counters = stats->m_counters[kind];
+    counters.bytes.fetch_add(bytes, std::memory_order_relaxed);
+    counters.calls.fetch_add(1, std::memory_order_relaxed);
+    counters.nanoseconds.fetch_add(static_cast<unsigned long long>(nanoseconds > 0 ? nanoseconds : 0),
+                                   std::memory_order_relaxed);
 }
 
 std::vector<ZORBasSharedPtr<ZORBasUtlIOFileStats>> ZORBasUtlIOStats::Files() const {
