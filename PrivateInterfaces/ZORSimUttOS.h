@@ -39,6 +39,7 @@ struct PathForm {
     char separator;      // '\\' on Windows, '/' elsewhere
     char foreign;        // the other platform's separator, replaced by FixPathForOS
     bool longPathPrefix; // long paths take the \\?\ prefix
+    bool findMatches;    // the OS's directory search matches wildcards itself
 };
 const PathForm& OsPathForm();
 
@@ -82,10 +83,14 @@ bool ProcessArguments(std::vector<std::wstring>& args);
 // A directory opened for listing. Names are UTF-8 (the bytes the OS keeps
 // on POSIX), without any directory part.
 struct DirListing;
-// Opens `path` ("" is the working directory) for listing. 0, or the OS
-// error: a missing directory gives the path-not-found code (ENOENT;
+// Starts listing the entries of `directory` ("" is the working directory;
+// given with its closing separator) whose names match `pattern`. Where the
+// OS matches names itself (OsPathForm().findMatches: Windows' find calls),
+// the listing holds the OS's matches only, and none at all is an empty
+// listing; elsewhere it holds every entry and the caller matches. 0, or the
+// OS error: a missing directory gives the path-not-found code (ENOENT;
 // ERROR_PATH_NOT_FOUND on Windows). Service FindFirstFile.
-int OpenDir(const ZOROsString& path, DirListing*& listing);
+int OpenDir(const ZOROsString& directory, const ZOROsString& pattern, DirListing*& listing);
 // The next entry, "." and ".." included, in the order the OS gives them.
 // True with `name` set (valid until the next call on the listing); false at
 // the end (error 0) or on failure (the OS error). Service FindNextFile.

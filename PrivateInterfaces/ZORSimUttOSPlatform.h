@@ -13,7 +13,7 @@ SymbolInfo Symbolize(void* returnAddress);
 
 bool ProcessArguments(std::vector<std::wstring>& args);
 
-int OpenDir(const ZOROsString& path, DirListing*& listing);
+int OpenDir(const ZOROsString& directory, const ZOROsString& pattern, DirListing*& listing);
 bool ReadDir(DirListing* listing, const char*& name, std::size_t& length, int& error);
 void CloseDir(DirListing* listing);
 int QueryAttributes(const ZOROsString& path, FileAttributes& attributes);

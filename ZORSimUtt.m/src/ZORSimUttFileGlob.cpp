@@ -44,8 +44,10 @@ struct GlobRange::GlobRangeImpl {
     ZORString currentName;
     ZORSimUttOS::DirListing* listing = nullptr;
     bool exhausted = true;
-    // The name part of the pattern in the OS form, compiled.
+    // The name part of the pattern in the OS form, compiled, for an OS whose
+    // listing does not match names itself.
     ZORSimUttWildcard::Pattern pattern{std::string_view()};
+    bool osMatches = ZORSimUttOS::OsPathForm().findMatches;
 
     // Reads on to the next matching entry. False at the end of the listing;
     // on failure the OS error in `error`.
@@ -54,7 +56,7 @@ struct GlobRange::GlobRangeImpl {
         std::size_t length = 0;
         while (ZORSimUttOS::ReadDir(listing, name, length, error)) {
             const std::string_view entry(name, length);
-            if (pattern.Matches(entry)) {
+            if (osMatches || pattern.Matches(entry)) {
                 currentName = ZORString(std::string(entry));
                 return true;
             }
@@ -74,12 +76,14 @@ GlobRange::GlobRange(const ZORString& pattern) : m_impl(std::make_unique<GlobRan
     const std::size_t split = text.rfind(ZORSimUttOS::OsPathForm().separator);
     const std::size_t nameStart = split == std::string_view::npos ? 0 : split + 1;
     const ZOROsString listDirectory(ZORString(std::string(text.substr(0, nameStart))));
-    m_impl->pattern = ZORSimUttWildcard::Pattern(text.substr(nameStart));
+    const ZOROsString namePattern(ZORString(std::string(text.substr(nameStart))));
+    if (!m_impl->osMatches)
+        m_impl->pattern = ZORSimUttWildcard::Pattern(text.substr(nameStart));
 
     // Finding the first match is what the OS's find-first call does, so any
     // failure until then, a missing directory among them, is reported as
     // its failure. No match at all is an empty range.
-    int error = ZORSimUttOS::OpenDir(listDirectory, m_impl->listing);
+    int error = ZORSimUttOS::OpenDir(listDirectory, namePattern, m_impl->listing);
     if (error == 0) {
         if (m_impl->FindMatch(error))
             m_impl->exhausted = false;

@@ -136,9 +136,9 @@ bool ProcessArguments(std::vector<std::wstring>& args) {
     return !Faulted(Service::ProcessArguments) && Platform::ProcessArguments(args);
 }
 
-int OpenDir(const ZOROsString& path, DirListing*& listing) {
+int OpenDir(const ZOROsString& directory, const ZOROsString& pattern, DirListing*& listing) {
     listing = nullptr;
-    return Checked(Service::FindFirstFile, [&] { return Platform::OpenDir(path, listing); });
+    return Checked(Service::FindFirstFile, [&] { return Platform::OpenDir(directory, pattern, listing); });
 }
 
 bool ReadDir(DirListing* listing, const char*& name, std::size_t& length, int& error) {

@@ -12,7 +12,8 @@ struct ZORSimUttOS::DirListing {
 
 namespace ZORSimUttOS::Platform {
 
-int OpenDir(const ZOROsString& path, DirListing*& listing) {
+// readdir knows no patterns: every entry is listed, the caller matches.
+int OpenDir(const ZOROsString& path, const ZOROsString&, DirListing*& listing) {
     listing = nullptr;
     DIR* dir = opendir(path.size() == 0 ? "." : path.c_str());
     if (dir == nullptr)

@@ -2,6 +2,6 @@
 #include "ZORSimUttOS.h"
 
 const ZORSimUttOS::PathForm& ZORSimUttOS::OsPathForm() {
-    static constexpr PathForm kForm{'/', '\\', false};
+    static constexpr PathForm kForm{'/', '\\', false, false};
     return kForm;
 }
