@@ -1,6 +1,6 @@
 // Files on POSIX: a descriptor with a file pointer kept beside it, so that a
 // seek is no system call and every transfer is one pread or pwrite; the
-// whole-file lock is an open-file-description lock.
+// whole-file lock is an flock(2) lock of the open file.
 #include "ZORSimUttOSPlatform.h"
 
 #include <cerrno>
@@ -10,6 +10,7 @@
 #include <mutex>
 #include <set>
 #include <string>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/types.h>
 #include <unistd.h>
@@ -234,20 +235,14 @@ int GetFileSize(FileHandle handle, unsigned long long& size) {
 
 namespace {
 
-// An open-file-description lock belongs to the open file, not the process:
-// two opens in one process exclude each other as two Windows handles do,
-// and closing another descriptor of the same file does not drop it. An
-// exclusive lock needs a descriptor open for writing (EBADF otherwise).
-int WholeFileLock(PosixFile* file, short type, int command) {
-    struct flock lock {};
-    lock.l_type = type;
-    lock.l_whence = SEEK_SET;
-    lock.l_start = 0;
-    lock.l_len = 0; // to the end of the file, however long it grows
-    lock.l_pid = 0;
+// flock(2) locks belong to the open file, not the process: two opens in one
+// process exclude each other as two Windows handles do, closing another
+// descriptor of the same file does not drop it, and, as on Windows, a handle
+// open for reading only may take the exclusive lock.
+int WholeFileLock(PosixFile* file, int operation) {
     int result;
     do
-        result = fcntl(file->fd, command, &lock);
+        result = flock(file->fd, operation);
     while (result < 0 && errno == EINTR);
     return result < 0 ? errno : 0;
 }
@@ -258,7 +253,7 @@ int LockFile(FileHandle handle) {
     PosixFile* file = FromHandle(handle);
     if (file == nullptr)
         return EBADF;
-    return WholeFileLock(file, F_WRLCK, F_OFD_SETLKW);
+    return WholeFileLock(file, LOCK_EX);
 }
 
 // Unlike Windows, releasing a lock that is not held succeeds.
@@ -266,7 +261,7 @@ int UnlockFile(FileHandle handle) {
     PosixFile* file = FromHandle(handle);
     if (file == nullptr)
         return EBADF;
-    return WholeFileLock(file, F_UNLCK, F_OFD_SETLK);
+    return WholeFileLock(file, LOCK_UN);
 }
 
 } // namespace ZORSimUttOS::Platform
