@@ -1,4 +1,5 @@
 #include "ZORSimUttPythonGlueTest.h"
+#include "ZORSimContainersC.h"
 #include "ZORSimUttPythonGlueTestFault.h"
 
 #include "ZORBasException.h"
@@ -6,6 +7,7 @@
 #include "ZORSimExcPoolFormat.h"
 #include "ZORString.h"
 
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <exception>
@@ -30,6 +32,15 @@ void WriteError(char* buffer, unsigned int capacity, const char* text) {
     buffer[length] = '\0';
 }
 
+// A null pointer the call would read or write through: 0 and a text that
+// names the argument.
+unsigned char NullArgument(char* buffer, unsigned int capacity, const char* argument) {
+    char text[128];
+    std::snprintf(text, sizeof text, "ZORSimUttPythonGlueTest_CheckString: %s is a null pointer.", argument);
+    WriteError(buffer, capacity, text);
+    return 0;
+}
+
 } // namespace
 
 void ZORSimUttPythonGlueTestFault::Arm(Kind kind) {
@@ -44,6 +55,10 @@ ZORSimUttPythonGlueTestFault::Kind ZORSimUttPythonGlueTestFault::Take() {
 
 extern "C" unsigned char ZORSimUttPythonGlueTest_CheckString(const char* input, char** output,
                                                              char* errorBuffer, unsigned int errorCapacity) {
+    if (input == nullptr)
+        return NullArgument(errorBuffer, errorCapacity, "input");
+    if (output == nullptr)
+        return NullArgument(errorBuffer, errorCapacity, "output");
     try {
         const ZORString text(input);
         // Text that is not UTF-8 is refused like every string entering SIM.
@@ -56,9 +71,6 @@ extern "C" unsigned char ZORSimUttPythonGlueTest_CheckString(const char* input, 
             throw std::runtime_error("injected failure");
         if (fault == Kind::Foreign)
             throw 42;
-        // Without somewhere to put the copy the call is a check only.
-        if (output == nullptr)
-            return 1;
         const std::size_t bytes = text.Bytes();
         char* copy = fault == Kind::AllocationFails ? nullptr : static_cast<char*>(std::malloc(bytes + 1));
         if (copy == nullptr)

@@ -1,4 +1,5 @@
 #include "ZORSimUttResourceMonitor.h"
+#include "ZORSimContainersC.h"
 
 #include "ZORBasAti.h"
 #include "bcu_ResourceMonitor.h"
@@ -13,6 +14,12 @@ bcu_ResourceMonitor& Monitor() {
     return omi_Singleton<bcu_ResourceMonitor>::Instance();
 }
 
+// Callers in other languages may pass no text at all; the monitor gets an
+// empty one rather than relying on it to cope.
+const char* Text(const char* text) {
+    return text != nullptr ? text : "";
+}
+
 } // namespace
 
 extern "C" {
@@ -25,7 +32,7 @@ void ZORSimUttResourceMonitorInitialize(const char* name, int value) {
 }
 
 void ZORSimUttResourceMonitorIniTimer(int timer, const char* label) {
-    Monitor().IniTimer(timer, label);
+    Monitor().IniTimer(timer, Text(label));
 }
 
 void ZORSimUttResourceMonitorStartTimer(int timer) {
@@ -37,19 +44,19 @@ void ZORSimUttResourceMonitorStopTimer(int timer) {
 }
 
 void ZORSimUttResourceMonitorMark(const char* text) {
-    Monitor().Mark(text);
+    Monitor().Mark(Text(text));
 }
 
 void ZORSimUttResourceMonitorSimMark(const char* text) {
     if (g_simMonitorOn)
-        Monitor().Mark(text);
+        Monitor().Mark(Text(text));
 }
 
 } // extern "C"
 
 void ZORSimUttResourceMonitor::SimIniTimer(int timer, const char* label) {
     if (g_simMonitorOn)
-        Monitor().IniTimer(timer, label);
+        Monitor().IniTimer(timer, Text(label));
 }
 
 void ZORSimUttResourceMonitor::SimStartTimer(int timer) {
