@@ -5,8 +5,7 @@
 # test pays for it (about 15 s, more on a busy machine).
 #
 # The Wine prefix is $WINEPREFIX when set, otherwise wine-prefix/ in the
-# build tree that holds the program (the nearest folder above it with a
-# CMakeCache.txt). It is created on first use. The Wine server stays up for
+# build tree that holds the program (see below). It is created on first use. The Wine server stays up for
 # a while after the last program ends, so that a test suite starts each
 # program warm; `wineserver -k` with the same WINEPREFIX stops it at once.
 set -euo pipefail
@@ -27,14 +26,23 @@ if [ "$1" = --init ]; then
   mkdir -p "$2"
   export WINEPREFIX="$(cd "$2" && pwd)/wine-prefix"
 elif [ -z "${WINEPREFIX:-}" ]; then
-  dir=$(cd "$(dirname "$1")" && pwd)
-  while [ "$dir" != / ] && [ ! -f "$dir/CMakeCache.txt" ]; do
+  # The nearest prefix made already above the program (a build nested in
+  # another, as a test's client build, shares it), else a new one in the
+  # nearest build tree.
+  start=$(cd "$(dirname "$1")" && pwd)
+  build="" dir=$start
+  while :; do
+    if [ -f "$dir/wine-prefix/.zorsim-ready" ]; then
+      build=$dir
+      break
+    fi
+    if [ -z "$build" ] && [ -f "$dir/CMakeCache.txt" ]; then
+      build=$dir
+    fi
+    [ "$dir" = / ] && break
     dir=$(dirname "$dir")
   done
-  if [ "$dir" = / ]; then
-    dir=$(cd "$(dirname "$1")" && pwd)
-  fi
-  export WINEPREFIX="$dir/wine-prefix"
+  export WINEPREFIX="${build:-$start}/wine-prefix"
 fi
 
 # UTF-8 on the Unix side, no debug chatter, and no prompts to install
