@@ -1,0 +1,93 @@
+/* The plain entry points as a C client calls them, with null pointers and
+ * small or missing error buffers. Argument: the folder holding this file. */
+#include <ZORSimContainersC.h>
+
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+
+static int failures;
+
+static void check(int ok, int line) {
+    if (!ok) {
+        fprintf(stderr, "capi_client.c:%d: check failed\n", line);
+        ++failures;
+    }
+}
+#define CHECK(condition) check((condition) != 0, __LINE__)
+
+enum { kCapacity = 128 };
+
+/* An 'X' shows where a buffer was left alone. */
+static char* Fresh(char* buffer) {
+    memset(buffer, 'X', kCapacity);
+    return buffer;
+}
+
+int main(int argc, char** argv) {
+    static const char* const nullTexts[] = {
+        "ZORSimUttFileUtils_GlobInit: pattern is a null pointer.",
+        "ZORSimUttFileUtils_GlobInit: handle is a null pointer.",
+        "ZORSimUttFileUtils_GlobEmpty: empty is a null pointer.",
+        "ZORSimUttFileUtils_GlobFront: front is a null pointer.",
+        "ZORSimUttPythonGlueTest_CheckString: input is a null pointer.",
+        "ZORSimUttPythonGlueTest_CheckString: output is a null pointer.",
+    };
+    char errors[6][kCapacity], error[kCapacity], pattern[1024];
+    unsigned char results[6], empty = 2;
+    void* glob = NULL;
+    const char* front = NULL;
+    char* copy = NULL;
+    int i, found = 0;
+
+    if (argc != 2)
+        return 2;
+    CHECK(ZORSimContainers_initializeC() >= 2); /* loading counted once */
+    snprintf(pattern, sizeof pattern, "%s/*.C", argv[1]);
+    CHECK(ZORSimUttFileUtils_GlobInit(pattern, &glob, kCapacity, error) == 1);
+
+    /* A null pointer to read or write through: 0 and a text naming it. */
+    results[0] = ZORSimUttFileUtils_GlobInit(NULL, &glob, kCapacity, Fresh(errors[0]));
+    results[1] = ZORSimUttFileUtils_GlobInit(pattern, NULL, kCapacity, Fresh(errors[1]));
+    results[2] = ZORSimUttFileUtils_GlobEmpty(glob, NULL, kCapacity, Fresh(errors[2]));
+    results[3] = ZORSimUttFileUtils_GlobFront(glob, NULL, kCapacity, Fresh(errors[3]));
+    results[4] = ZORSimUttPythonGlueTest_CheckString(NULL, &copy, Fresh(errors[4]), kCapacity);
+    results[5] = ZORSimUttPythonGlueTest_CheckString("x", NULL, Fresh(errors[5]), kCapacity);
+    for (i = 0; i < 6; ++i)
+        CHECK(results[i] == 0 && strcmp(errors[i], nullTexts[i]) == 0);
+    CHECK(copy == NULL);
+
+    /* The text is cut to the capacity; no buffer or no room: nothing written. */
+    CHECK(ZORSimUttFileUtils_GlobInit(NULL, &glob, 8, Fresh(error)) == 0 && strcmp(error, "ZORSimU") == 0 &&
+          error[8] == 'X');
+    CHECK(ZORSimUttFileUtils_GlobFront(glob, NULL, 0, Fresh(error)) == 0 && error[0] == 'X');
+    CHECK(ZORSimUttPythonGlueTest_CheckString(NULL, &copy, Fresh(error), 0) == 0 && error[0] == 'X');
+    CHECK(ZORSimUttFileUtils_GlobEmpty(glob, NULL, kCapacity, NULL) == 0);
+    CHECK(ZORSimUttPythonGlueTest_CheckString("Bad string.", &copy, NULL, kCapacity) == 0 && copy == NULL);
+
+    /* The handle still works after all that. */
+    while (ZORSimUttFileUtils_GlobEmpty(glob, &empty, kCapacity, error) && !empty) {
+        CHECK(ZORSimUttFileUtils_GlobFront(glob, &front, kCapacity, error) == 1);
+        found += strstr(front, "/capi_client.c") != NULL;
+        CHECK(ZORSimUttFileUtils_GlobNext(glob, kCapacity, error) == 1);
+    }
+    CHECK(empty == 1 && found == 1);
+    CHECK(ZORSimUttFileUtils_GlobFree(glob, kCapacity, error) == 0 &&
+          strcmp(error, "Glob Error: unknown error") == 0);
+
+    CHECK(ZORSimUttPythonGlueTest_CheckString("x", &copy, error, kCapacity) == 1 && strcmp(copy, "x") == 0);
+    free(copy);
+
+    /* No label or text is an empty one. */
+    ZORSimUttResourceMonitorInitialize(NULL, 0);
+    ZORSimUttResourceMonitorIniTimer(9, NULL);
+    ZORSimUttResourceMonitorStartTimer(9);
+    ZORSimUttResourceMonitorStopTimer(9);
+    ZORSimUttResourceMonitorMark(NULL);
+    ZORSimUttResourceMonitorSimMark(NULL);
+
+    ZORSimContainers_finalizeC();
+    if (failures == 0)
+        puts("capi ok");
+    return failures != 0;
+}
