@@ -16,67 +16,50 @@ bcu_ResourceMonitor& Monitor() {
     return omi_Singleton<bcu_ResourceMonitor>::Instance();
 }
 
-// "label starts running" of a timer, or "none".
-std::string Timer(int timer) {
+// "label starts running|stopped" of timer 3, or "none"; then the marks.
+std::string State() {
+    std::string out = "none";
     for (const auto& row : Monitor().Timers())
-        if (row.timer == timer)
-            return row.label + " " + std::to_string(row.starts) + (row.running ? " running" : " stopped");
-    return "none";
-}
-
-bool HasMark(const std::string& text) {
-    for (const auto& row : Monitor().Marks())
-        if (row.text == text)
-            return true;
-    return false;
-}
-
-// Times timer 3 through the Sim variants.
-void TimeWithTheSimVariants() {
-    ZORSimUttResourceMonitor::SimIniTimer(3, "sim");
-    ZORSimUttResourceMonitor::SimStartTimer(3);
-    ZORSimUttResourceMonitorSimMark("sim mark");
+        if (row.timer == 3)
+            out = row.label + " " + std::to_string(row.starts) + (row.running ? " running" : " stopped");
+    for (const auto& mark : Monitor().Marks())
+        out += "; " + mark.text;
+    return out;
 }
 
 } // namespace
 
-TEST(ZORSimUttResourceMonitor, WithTheSwitchAtLoadTheSimVariantsForward) {
-    ScopedEnv on("SIM_RESOURCE_MONITOR", "1");
-    ExpectInFreshProcess([] {
-        EXPECT_TRUE(ZORSimUttResourceMonitor::IsOn());
-        TimeWithTheSimVariants();
-        EXPECT_EQ(Timer(3), "sim 1 running");
-        ZORSimUttResourceMonitor::SimStopTimer(3);
-        EXPECT_EQ(Timer(3), "sim 1 stopped");
-        EXPECT_TRUE(HasMark("sim mark"));
-    });
+TEST(ZORSimUttResourceMonitor, SimVariantsForwardOnlyWithTheSwitchAtLoadAndPlainOnesAlways) {
+    for (const char* value : {"1", static_cast<const char*>(nullptr)}) {
+        ScopedEnv monitor("SIM_RESOURCE_MONITOR", value);
+        ExpectInFreshProcess([on = value != nullptr] {
+            EXPECT_EQ(ZORSimUttResourceMonitor::IsOn(), on);
+            ZORSimUttResourceMonitor::SimIniTimer(3, "sim");
+            ZORSimUttResourceMonitor::SimStartTimer(3);
+            ZORSimUttResourceMonitorSimMark("sim mark");
+            EXPECT_EQ(State(), on ? "sim 1 running; sim mark" : "none");
+            ZORSimUttResourceMonitorIniTimer(3, "three");
+            ZORSimUttResourceMonitorStartTimer(3);
+            ZORSimUttResourceMonitorMark(nullptr);
+            const std::string marks = on ? "; sim mark; " : "; ";
+            ZORSimUttResourceMonitor::SimStopTimer(3);
+            EXPECT_EQ(State(), (on ? "three 1 stopped" : "three 1 running") + marks);
+            ZORSimUttResourceMonitorStopTimer(3);
+            EXPECT_EQ(State(), "three 1 stopped" + marks);
+        });
+    }
 }
 
-TEST(ZORSimUttResourceMonitor, WithoutItOnlyThePlainFunctionsForwardUntilALaterStartSeesIt) {
+TEST(ZORSimUttResourceMonitor, ALaterStartSeesTheSwitchWhichIsNeverCleared) {
     ScopedEnv off("SIM_RESOURCE_MONITOR", nullptr);
     ExpectInFreshProcess([] {
-        EXPECT_FALSE(ZORSimUttResourceMonitor::IsOn());
-        TimeWithTheSimVariants();
-        EXPECT_EQ(Timer(3), "none");
-        EXPECT_FALSE(HasMark("sim mark"));
-
-        ZORSimUttResourceMonitorIniTimer(3, "three");
-        ZORSimUttResourceMonitorStartTimer(3);
-        ZORSimUttResourceMonitor::SimStopTimer(3); // still switched off
-        EXPECT_EQ(Timer(3), "three 1 running");
-        ZORSimUttResourceMonitorStopTimer(3);
-        EXPECT_EQ(Timer(3), "three 1 stopped");
-        ZORSimUttResourceMonitorMark("plain mark");
-        EXPECT_TRUE(HasMark("plain mark"));
-
         // The library's own start passed no name, nor does this one.
         ZORSimUttResourceMonitorInitialize(nullptr, 5);
         EXPECT_EQ(Monitor().Name(), "");
         ZORSimUttResourceMonitorInitialize("solver run", 5);
         EXPECT_EQ(Monitor().Name(), "solver run");
-
-        // Any value sets the switch, and it is never cleared.
-        SetEnv("SIM_RESOURCE_MONITOR", "");
+        EXPECT_FALSE(ZORSimUttResourceMonitor::IsOn());
+        SetEnv("SIM_RESOURCE_MONITOR", "0"); // any value sets the switch
         ZORSimUttResourceMonitorInitialize(nullptr, 0);
         EXPECT_TRUE(ZORSimUttResourceMonitor::IsOn());
         SetEnv("SIM_RESOURCE_MONITOR", nullptr);
