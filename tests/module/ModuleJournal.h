@@ -39,10 +39,3 @@ inline void StopLoaderUse() {
     EXPECT_EQ(DllMain(nullptr, ZORSIM_PROCESS_DETACH, nullptr), 1);
     EXPECT_EQ(TakeJournal(), kStop);
 }
-
-// The use count without changing it (valid while it is above 0).
-inline int UseCount() {
-    const int count = ZORSimContainers_initializeC() - 1;
-    ZORSimContainers_finalizeC();
-    return count;
-}
