@@ -1,12 +1,25 @@
-// Bounded copy, case-insensitive comparison and the XML attribute lookup.
+// Bounded copy, case-insensitive comparison, the XML attribute lookup, the
+// script bindings' string round trip and its error texts, and the timer
+// facade over the base's resource monitor (its switch is read when the
+// library starts, at load, so each case runs in a fresh process).
+#include "ZORSimTestSupport.h"
+
+#include "ZORSimUttPythonGlueTest.h"
+#include "ZORSimUttResourceMonitor.h"
+#include "ZORSimUttPythonGlueTestFault.h"
 #include "ZORSimUttUtils.h"
 #include "ZORSimUttXMLUtils.h"
 
-#include <gtest/gtest.h>
+#include "ZORBasAti.h"
+#include "bcu_ResourceMonitor.h"
 
 #include <cstring>
 #include <string>
 #include <tuple>
+
+using namespace zorsim_test;
+using namespace std::string_literals;
+using Fault = ZORSimUttPythonGlueTestFault::Kind;
 
 namespace {
 
@@ -43,13 +56,11 @@ TEST(ZORSimUttUtils, SameStrFoldsOnlyASCIILettersUpToCount) {
     // Count 0 compares the whole strings; a count beyond both ends stops at
     // the terminators. The last three pairs differ by 0x20 but are no letters.
     using Case = std::tuple<const char*, const char*, int, bool>;
-    const Case cases[] = {{"Name", "NAME", 0, true},  {"", "", 0, true},
-                          {"abc", "abcd", 0, false},  {"abcd", "abc", 0, false},
-                          {"abc", "abd", 0, false},   {"abcX", "abcY", 3, true},
-                          {"abcX", "abcY", 4, false}, {"abc", "ABCD", 3, true},
-                          {"abc", "ABC", 100, true},  {"abc", "ABCD", 100, false},
-                          {"Z_9", "z_9", 0, true},    {"@", "`", 0, false},
-                          {"[", "{", 0, false},       {"\xC3\x84", "\xC3\xA4", 0, false}};
+    const Case cases[] = {{"Name", "NAME", 0, true},   {"abc", "abcd", 0, false},
+                          {"abcd", "abc", 0, false},   {"abcX", "abcY", 3, true},
+                          {"abcX", "abcY", 4, false},  {"abc", "ABC", 100, true},
+                          {"abc", "ABCD", 100, false}, {"@", "`", 0, false},
+                          {"[", "{", 0, false},        {"\xC3\x84", "\xC3\xA4", 0, false}};
     for (const auto& [a, b, count, same] : cases)
         EXPECT_EQ(ZORSimUttUtils::SameStr(a, b, count), same) << a << " / " << b << " / " << count;
 }
@@ -63,6 +74,126 @@ TEST(ZORSimUttXMLUtils, GetAttrFindsTheFirstNameIgnoringCase) {
     const char* none[] = {nullptr};
     EXPECT_EQ(ZORSimUttXMLUtils::GetAttr(none, "id"), nullptr);
     EXPECT_EQ(ZORSimUttXMLUtils::GetAttr(nullptr, "id"), nullptr);
+}
+
+struct Outcome {
+    unsigned char result;
+    char* output;
+    std::string error; // the buffer, up to the first untouched byte
+};
+
+Outcome Check(const char* input, unsigned int capacity = 256, bool wantOutput = true) {
+    char buffer[257];
+    std::memset(buffer, 'X', sizeof buffer);
+    buffer[256] = '\0';
+    Outcome outcome{0, nullptr, {}};
+    outcome.result =
+        ZORSimUttPythonGlueTest_CheckString(input, wantOutput ? &outcome.output : nullptr, buffer, capacity);
+    outcome.error.assign(buffer, std::strcspn(buffer, "X") + 1);
+    return outcome;
+}
+
+TEST(ZORSimUttPythonGlueTest, GoodTextComesBackAsAFreshMallocedCopy) {
+    for (const char* text : {"x", "", "Gr\xC3\xBC\xC3\x9F", "Bad string. "}) {
+        const Outcome outcome = Check(text);
+        ASSERT_EQ(outcome.result, 1) << text;
+        EXPECT_NE(outcome.output, text);
+        EXPECT_STREQ(outcome.output, text);
+        EXPECT_EQ(outcome.error, "X"); // no error written
+        std::free(outcome.output);
+    }
+}
+
+TEST(ZORSimUttPythonGlueTest, FailuresGiveNoCopyAndTheirTextCutToTheCapacity) {
+    const std::string bad = "String passed into SIM is BAD. set/setenv _ZOR_FAIL_ON_BAD and rerun.\0"s,
+                      null = "ZORSimUttPythonGlueTest_CheckString: ";
+    const struct {
+        const char* input;
+        unsigned int capacity;
+        bool wantOutput;
+        Fault fault;
+        std::string error;
+    } cases[] = {{"Bad string.", 256, true, Fault::None, bad},
+                 {"\xFF\xFE", 256, true, Fault::None, bad},
+                 {"abc\xC3", 256, true, Fault::None, bad},
+                 {"\xED\xA0\x80", 256, true, Fault::None, bad},
+                 {"Bad string.", 7, true, Fault::None, "String\0"s},
+                 {"Bad string.", 1, true, Fault::None, "\0"s},
+                 {"Bad string.", 0, true, Fault::None, "X"}, // no room at all: nothing is written
+                 {nullptr, 256, true, Fault::None, null + "input is a null pointer.\0"s},
+                 {"fine", 256, false, Fault::None, null + "output is a null pointer.\0"s},
+                 {"x", 256, true, Fault::AllocationFails, "Memory allocation failed.\0"s},
+                 {"x", 256, true, Fault::StdException, "injected failure\0"s}, // its own text, no prefix
+                 {"x", 256, true, Fault::Foreign, "Unrecognized exception.\0"s}};
+    for (const auto& c : cases) {
+        ZORSimUttPythonGlueTestFault::Arm(c.fault);
+        const Outcome outcome = Check(c.input, c.capacity, c.wantOutput);
+        EXPECT_EQ(outcome.result, 0);
+        EXPECT_EQ(outcome.output, nullptr);
+        EXPECT_EQ(outcome.error, c.error);
+    }
+    char* output = nullptr;
+    EXPECT_EQ(ZORSimUttPythonGlueTest_CheckString("Bad string.", &output, nullptr, 16), 0); // no buffer
+    EXPECT_EQ(output, nullptr);
+    ZORSimUttPythonGlueTestFault::Arm(Fault::Foreign); // a fault is spent by the call that takes it
+    EXPECT_EQ(Check("x").result, 0);
+    const Outcome spent = Check("x");
+    EXPECT_EQ(spent.result, 1);
+    std::free(spent.output);
+}
+
+TEST(ZORSimUttPythonGlueTest, BadStringIsReportedBeforeItIsCaught) {
+    ScopedEnv reports("SIM_DISABLE_EXCEPTION_REPORT", nullptr);
+    ExpectInFreshProcess([] { EXPECT_EQ(Check("Bad string.").result, 0); },
+                         "!!! EXCEPTION:\n!!!   String passed into SIM is BAD.*\n!!! TRACEBACK:");
+}
+
+bcu_ResourceMonitor& Monitor() {
+    return omi_Singleton<bcu_ResourceMonitor>::Instance();
+}
+
+// "label starts running|stopped" of timer 3, or "none"; then the marks.
+std::string State() {
+    std::string out = "none";
+    for (const auto& row : Monitor().Timers())
+        if (row.timer == 3)
+            out = row.label + " " + std::to_string(row.starts) + (row.running ? " running" : " stopped");
+    for (const auto& mark : Monitor().Marks())
+        out += "; " + mark.text;
+    return out;
+}
+
+TEST(ZORSimUttResourceMonitor, SimVariantsForwardOnlyWithTheSwitchAndPlainOnesAlways) {
+    for (const char* value : {"1", static_cast<const char*>(nullptr)}) {
+        ScopedEnv monitor("SIM_RESOURCE_MONITOR", value);
+        ExpectInFreshProcess([on = value != nullptr] {
+            EXPECT_EQ(ZORSimUttResourceMonitor::IsOn(), on);
+            ZORSimUttResourceMonitor::SimIniTimer(3, "sim");
+            ZORSimUttResourceMonitor::SimStartTimer(3);
+            ZORSimUttResourceMonitorSimMark("sim mark");
+            EXPECT_EQ(State(), on ? "sim 1 running; sim mark" : "none");
+            ZORSimUttResourceMonitorIniTimer(3, "three");
+            ZORSimUttResourceMonitorStartTimer(3);
+            ZORSimUttResourceMonitorMark(nullptr);
+            const std::string marks = on ? "; sim mark; " : "; ";
+            ZORSimUttResourceMonitor::SimStopTimer(3);
+            EXPECT_EQ(State(), (on ? "three 1 stopped" : "three 1 running") + marks);
+            ZORSimUttResourceMonitorStopTimer(3);
+            EXPECT_EQ(State(), "three 1 stopped" + marks);
+
+            // A later start names the run if given a name, and sees the
+            // switch (any value), which is then never cleared.
+            ZORSimUttResourceMonitorInitialize(nullptr, 5);
+            EXPECT_EQ(Monitor().Name(), "");
+            ZORSimUttResourceMonitorInitialize("solver run", 5);
+            EXPECT_EQ(Monitor().Name(), "solver run");
+            SetEnv("SIM_RESOURCE_MONITOR", "0");
+            ZORSimUttResourceMonitorInitialize(nullptr, 0);
+            SetEnv("SIM_RESOURCE_MONITOR", nullptr);
+            ZORSimUttResourceMonitorInitialize(nullptr, 0);
+            EXPECT_TRUE(ZORSimUttResourceMonitor::IsOn());
+        });
+    }
 }
 
 } // namespace
