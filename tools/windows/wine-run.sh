@@ -66,8 +66,13 @@ if [ ! -f "$WINEPREFIX/.zorsim-ready" ]; then
   touch "$WINEPREFIX/.zorsim-ready"
 fi
 # Kept up 60 s past the last program instead of Wine's 3; when a server is
-# up already this says so and changes nothing.
-"$wineserver" -p60 9>&- 2>/dev/null || true
+# up already this says so and changes nothing. A new server starts Wine's
+# services with the first program, and they inherit its standard streams:
+# a pipe of CMake or CTest would stay open, and its reader wait, as long as
+# the server lives. So the first program here is one with no streams.
+if "$wineserver" -p60 </dev/null >/dev/null 2>&1 9>&-; then
+  "$wine" cmd.exe /c exit 0 </dev/null >/dev/null 2>&1 9>&- || true
+fi
 flock -u 9
 exec 9>&-
 
