@@ -53,9 +53,6 @@ TEST(Messages, TextsAsTheTablesHaveThem) {
          "Thrown if a symbol was requested for a value that did not have any symbol assigned. Form name of "
          "the type of the value ID: 7. Category of the value ID: idForm. Name of the type of the value ID: "
          "idType."},
-        // A message that shows no field.
-        {Text(ZORSimExcTypeDataRecordEmptyMemberName("RF", "RT")),
-         "Thrown when a data record member has an empty name."},
     };
     for (const auto& [text, expected] : cases)
         EXPECT_EQ(text, expected);

@@ -1,9 +1,5 @@
-// Failure reports: the banners of the three report hooks and what the
-// failure hooks throw, the report mode read once from
-// SIM_DISABLE_EXCEPTION_REPORT, the switch that silences exception reports;
-// the symbolic stack trace (frames from the hook's caller to main, with
-// function, file and line, also in a library loaded later, the same from the
-// frame cache, whole under concurrent reports); failures below the trace
+// Failure reports: the hooks' banners and what they throw, the report mode
+// and switches, the symbolic stack trace, and failures below the trace
 // printer injected through the OS seam. Each scenario runs in a fresh process.
 #include "ZORSimTestLibrary.h"
 #include "ZORSimTestSupport.h"
@@ -100,7 +96,6 @@ TEST(ReportBanner, DisablingVariableDropsTracesOnlyAndWritesNoticeOnce) {
     });
 }
 
-// Symbol set-up that cannot be done is tried once only.
 TEST(ReportFault, SymbolSetUpFailureEscapesTheHookOnceThenFramesAreUnavailable) {
     ExpectInFreshProcess([] {
         SetEnv("SIM_DISABLE_EXCEPTION_REPORT", nullptr);
