@@ -42,7 +42,7 @@ public:
     // The exported function `name`, or null.
     template <class Function> Function* Find(const char* name) const {
 #if defined(_WIN32)
-        return reinterpret_cast<Function*>(GetProcAddress(m_handle, name));
+        return reinterpret_cast<Function*>(reinterpret_cast<void*>(GetProcAddress(m_handle, name)));
 #else
         return reinterpret_cast<Function*>(dlsym(m_handle, name));
 #endif
