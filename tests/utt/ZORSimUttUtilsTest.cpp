@@ -40,7 +40,8 @@ TEST(ZORSimUttUtils, CopyCutsZeroFillsTheCapacityAndTerminates) {
                           {nullptr, 3, std::string("\0\0\0X", 4)},
                           {"abcdefghij", 0, std::string("abcdefghij\0X", 12)}};
     for (const auto& [source, capacity, expected] : cases)
-        EXPECT_EQ(Written([&](char* to) { ZORSimUttUtils::Copy(to, source, capacity); }, expected.size()),
+        EXPECT_EQ(Written([s = source, n = capacity](char* to) { ZORSimUttUtils::Copy(to, s, n); },
+                          expected.size()),
                   expected)
             << capacity;
     // CopyNoZB copies exactly count bytes, terminators included.

@@ -1,8 +1,10 @@
 // A library that the report tests load only after their first trace, so its
-// code is mapped after symbol look-up was set up.
+// code is mapped after symbol look-up was set up. (Its one export: a MinGW
+// DLL exports everything when nothing is marked.)
 #include "ZORSimExceptions.h"
 
-extern "C" ZORSIM_API ZORSIM_NOINLINE void zorsim_report_plugin_raise(const char** file, int* line) {
+extern "C" __attribute__((visibility("default"))) ZORSIM_NOINLINE void
+zorsim_report_plugin_raise(const char** file, int* line) {
     *file = __FILE__;
     *line = __LINE__ + 1;
     ZORSimExcNoSuchForm("plugin").Propagate();
