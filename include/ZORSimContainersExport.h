@@ -11,9 +11,10 @@
 #    define ZORSIM_API __attribute__((visibility("default")))
 #endif
 
-// An explicit instantiation of an exported template: GCC takes the export
-// attribute from the extern declaration alone, MinGW wants it here as well.
-#if defined(_WIN32)
+// An explicit instantiation of an exported template: the extern declaration
+// carries the export attribute; MinGW's GCC wants it here as well, clang
+// ignores it here.
+#if defined(_WIN32) && !defined(__clang__)
 #    define ZORSIM_INSTANTIATION_API ZORSIM_API
 #else
 #    define ZORSIM_INSTANTIATION_API

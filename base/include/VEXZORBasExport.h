@@ -11,17 +11,18 @@
 #    define ZORBAS_API __attribute__((visibility("default")))
 #endif
 
-// An explicit instantiation of an exported template: GCC takes the export
-// attribute from the extern declaration alone, MinGW wants it here as well.
-#if defined(_WIN32)
+// An explicit instantiation of an exported template: the extern declaration
+// carries the export attribute; MinGW's GCC wants it here as well, clang
+// ignores it here.
+#if defined(_WIN32) && !defined(__clang__)
 #    define ZORBAS_INSTANTIATION_API ZORBAS_API
 #else
 #    define ZORBAS_INSTANTIATION_API
 #endif
 
-// printf-style argument checking; MinGW's plain printf check is the
+// printf-style argument checking; MinGW GCC's plain printf check is the
 // Microsoft one, which does not know the C99 formats.
-#if defined(__MINGW32__)
+#if defined(__MINGW32__) && !defined(__clang__)
 #    define ZORBAS_PRINTF_FORMAT(string, first) __attribute__((format(gnu_printf, string, first)))
 #elif defined(__GNUC__)
 #    define ZORBAS_PRINTF_FORMAT(string, first) __attribute__((format(printf, string, first)))

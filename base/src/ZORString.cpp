@@ -392,7 +392,7 @@ ZORString operator+(const ZORString& a, const ZORString& b) {
 
 namespace {
 // The OS form by the character type of this platform's OS strings.
-void AssignOsForm(std::string& out, const ZORString& text) {
+[[maybe_unused]] void AssignOsForm(std::string& out, const ZORString& text) {
     out.assign(text.c_str(), text.Bytes());
 }
 [[maybe_unused]] void AssignOsForm(std::wstring& out, const ZORString& text) {
