@@ -4,7 +4,6 @@
 // monitor and print its table.
 #include <ZORSimContainers.h>
 
-#include <cerrno>
 #include <cstdio>
 #include <memory>
 
@@ -51,8 +50,10 @@ int main() {
     }
     ZORSimUttResourceMonitorStopTimer(2);
 
+    // A real refusal of the OS: a file in a directory that is not there.
     try {
-        ZORSimExcSystemError("CreateFile", ZORBasSystemError(EACCES)).Propagate();
+        ZORSimUttOSFile file;
+        file.OpenWrite("no-such-directory/results.dat");
     } catch (const ZORBasException& e) {
         std::printf("=== caught code %d: %s\n", e.GetCode(), e.AsString(ZORBasStringMode(false)).c_str());
     }
