@@ -1,7 +1,6 @@
 // Header comparison: its assertions, counts and the dump of a mismatch.
 #include "ZORSimFileHeaderDiff.h"
 
-#include "../osfile/OSFileTestSupport.h"
 #include "ZORSimTestSupport.h"
 
 #include <cstdio>
@@ -48,7 +47,7 @@ TEST(FileHeaderDiff, AssertionsCountsReportsAndDump) {
         SCOPED_TRACE(&c - cases);
         TempDir dir;
         if (c.contents)
-            WriteBytes(dir / "header.bin", *c.contents);
+            dir.File("header.bin", *c.contents);
         std::FILE* const reports = std::tmpfile();
         uts_UnitTestMonitor monitor(reports);
         HeaderCheck check(monitor);
@@ -61,9 +60,8 @@ TEST(FileHeaderDiff, AssertionsCountsReportsAndDump) {
         EXPECT_EQ(c.verbose ? c.asserts : 0, monitor.getPassThroughCount());
         std::fflush(reports);
         std::rewind(reports);
-        std::string text;
-        for (int ch; (ch = std::fgetc(reports)) != EOF;)
-            text += static_cast<char>(ch);
+        std::string text(4096, '\0');
+        text.resize(std::fread(text.data(), 1, text.size(), reports));
         EXPECT_EQ(c.reports, text);
         std::fclose(reports);
     }

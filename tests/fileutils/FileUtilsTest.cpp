@@ -1,76 +1,29 @@
 // File utilities on real files in a fresh directory; OS failures come both
 // from the file system itself and from the seam's fault injection.
-#include "ZORSimUttFileUtils.h"
+#include "ZORSimTestErrors.h"
 
-#include "../osfile/OSFileTestSupport.h"
 #include "ZORSimUttAssert.h"
+#include "ZORSimUttFilePathParser.h"
+#include "ZORSimUttFileUtils.h"
+#include "ZORSimUttOSFile.h"
 
-#include <cerrno>
-#include <fcntl.h>
-#include <sys/sysmacros.h>
-#include <unistd.h>
+#include <filesystem>
 
 namespace {
 
 namespace FU = ZORSimUttFileUtils;
+namespace fs = std::filesystem;
 using namespace zorsim_test;
 
-class FileUtils : public OSFileTest {
+class FileUtils : public FileTest {
 protected:
     void SetUp() override { ZORSimUttAssertDisableExcReport(); }
     // A path in the temporary directory, as a library argument.
     ZORString At(const std::string& name) const { return ZORString(m_dir / name); }
 };
 
-// Moves into `path` for the life of the scope.
-struct ScopedCwd {
-    explicit ScopedCwd(const std::string& path) { std::filesystem::current_path(path); }
-    ~ScopedCwd() { std::filesystem::current_path(old); }
-    const std::filesystem::path old = std::filesystem::current_path();
-};
-
-TEST_F(FileUtils, IdentityIsTheFileNotTheNameAndKeepsDeviceAndInode) {
-    WriteBytes(m_dir / "a", "1");
-    WriteBytes(m_dir / "b", "1");
-    ASSERT_EQ(::link((m_dir / "a").c_str(), (m_dir / "hard").c_str()), 0);
-    ASSERT_EQ(::mkdir((m_dir / "sub").c_str(), 0700), 0);
-    EXPECT_TRUE(FU::GetFileID(At("a")) == FU::GetFileID(At("hard")));
-    EXPECT_FALSE(FU::GetFileID(At("a")) == FU::GetFileID(At("b")));
-    for (const char* same : {"hard", "sub/../a"})
-        EXPECT_TRUE(FU::SameFile(At("a"), At(same))) << same;
-    EXPECT_TRUE(FU::SameFile(At("a"), ZORString(m_dir.Path() + "\\.\\a"))) << "either separator";
-    // A missing name is no error.
-    EXPECT_FALSE(FU::SameFile(At("a"), At("b")) || FU::SameFile(At("a"), At("missing")) ||
-                 FU::SameFile(At("missing"), At("missing")));
-
-    struct stat status;
-    ASSERT_EQ(::stat((m_dir / "a").c_str(), &status), 0);
-    ASSERT_EQ(::chmod((m_dir / "a").c_str(), 0), 0); // an unreadable file still has an identity
-    const FU::FileId id = FU::GetFileID(At("a"));
-    const auto inode = static_cast<unsigned long long>(status.st_ino);
-    EXPECT_EQ(id.fileIndexHigh, static_cast<unsigned>(inode >> 32));
-    EXPECT_EQ(id.fileIndexLow, static_cast<unsigned>(inode));
-    EXPECT_EQ(id.volumeSerialNumber, (major(status.st_dev) << 20) | minor(status.st_dev));
-}
-
-TEST_F(FileUtils, GetFileIdFailures) {
-    const auto missing =
-        Raised<ZORSimExcNoSuchFile>([&] { FU::GetFileID(ZORString(m_dir.Path() + "\\nothing")); });
-    EXPECT_EQ(m_dir / "nothing", missing ? missing->GetFile_name().AsString() : "") << "the normalised name";
-    // A missing directory is the path-not-found case, not "no such file".
-    ExpectSystemError([&] { FU::GetFileID(At("nodir/x")); }, "CreateFile", ENOENT);
-    WriteBytes(m_dir / "a", "");
-    ExpectSystemError([&] { FU::GetFileID(At("a/x")); }, "CreateFile", ENOTDIR);
-    ZORSimUttOSFault::Arm("CreateFile", EACCES);
-    ExpectSystemError([&] { FU::GetFileID(At("a")); }, "CreateFile", EACCES);
-    // The descriptor is closed on the way out: the next open reuses it.
-    const int probe = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
-    ::close(probe);
-    ZORSimUttOSFault::Arm("GetFileInformationByHandle", EIO);
-    ExpectSystemError([&] { FU::GetFileID(At("a")); }, "GetFileInformationByHandle", EIO);
-    const int again = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
-    EXPECT_EQ(again, probe);
-    ::close(again);
+ZORString OsName(const std::string& name) {
+    return ZORSimUttFilePathParser::FixPathForOS(name);
 }
 
 std::string Pattern(std::size_t size) {
@@ -81,16 +34,40 @@ std::string Pattern(std::size_t size) {
     return bytes;
 }
 
-TEST_F(FileUtils, CopyReproducesEmptyAndMultiChunkFiles) {
-    WriteBytes(m_dir / "empty", "");
-    WriteBytes(m_dir / "target", "old contents");
+TEST_F(FileUtils, IdentityIsTheFileNotTheName) {
+    m_dir.File("a", "1");
+    m_dir.File("b", "1");
+    m_dir.Dir("sub");
+    fs::create_hard_link(m_dir / "a", m_dir / "hard");
+    EXPECT_TRUE(FU::GetFileID(At("a")) == FU::GetFileID(At("hard")));
+    EXPECT_FALSE(FU::GetFileID(At("a")) == FU::GetFileID(At("b")));
+    for (const std::string& same : {m_dir / "hard", m_dir / "sub/../a", m_dir.Path() + "\\.\\a"})
+        EXPECT_TRUE(FU::SameFile(At("a"), ZORString(same))) << same;
+    // A missing name is no error.
+    EXPECT_FALSE(FU::SameFile(At("a"), At("b")) || FU::SameFile(At("a"), At("missing")) ||
+                 FU::SameFile(At("missing"), At("missing")));
+
+    const auto missing =
+        Raised<ZORSimExcNoSuchFile>([&] { FU::GetFileID(ZORString(m_dir.Path() + "\\no")); });
+    EXPECT_EQ(OsName(m_dir / "no"), missing ? missing->GetFile_name().AsString() : "") << "the OS form";
+    // A missing directory is the path-not-found case, not "no such file".
+    ExpectSystemError([&] { FU::GetFileID(At("nodir/x")); }, Service::CreateFile, Error::PathNotFound);
+    ZORSimUttOSFault::Arm(Service::CreateFile, Error::AccessDenied);
+    ExpectSystemError([&] { FU::GetFileID(At("a")); }, Service::CreateFile, Error::AccessDenied);
+    ZORSimUttOSFault::Arm(Service::GetFileInformationByHandle, Error::IoError);
+    ExpectSystemError([&] { FU::GetFileID(At("a")); }, Service::GetFileInformationByHandle, Error::IoError);
+}
+
+TEST_F(FileUtils, CopyReproducesEmptyAndMultiChunkFilesAndStopsAtAFailure) {
+    m_dir.File("empty");
+    m_dir.File("target", "old contents");
     FU::Copy(At("empty"), At("target"));
     EXPECT_TRUE(Exists(m_dir / "target") && ReadBytes(m_dir / "target").empty());
     FU::Copy(At("empty"), At("fresh"));
     EXPECT_TRUE(Exists(m_dir / "fresh")) << "an empty source still creates the target";
     // Three whole chunks and a bit, and exactly two chunks.
     for (const std::size_t size : {3 * 262144 + 123, 2 * 262144}) {
-        WriteBytes(m_dir / "big", Pattern(size));
+        m_dir.File("big", Pattern(size));
         FU::Copy(At("big"), At("target"));
         EXPECT_TRUE(ReadBytes(m_dir / "target") == Pattern(size)) << size;
     }
@@ -102,136 +79,136 @@ TEST_F(FileUtils, CopyReproducesEmptyAndMultiChunkFiles) {
     out.WriteAll("tail", 4);
     out.Close();
     EXPECT_TRUE(ReadBytes(m_dir / "out") == "head" + Pattern(2 * 262144) + "tail");
-}
 
-TEST_F(FileUtils, CopyFailures) {
-    Raised<ZORSimExcNoSuchFile>([&] { FU::Copy(At("nope"), At("target")); });
-    EXPECT_FALSE(Exists(m_dir / "target")) << "nothing is created for a missing source";
-    WriteBytes(m_dir / "src", Pattern(3 * 262144));
-    ZORSimUttOSFault::Arm("ReadFile", EIO, 1, 1);
-    ExpectRaised<ZORSimExcReadError>([&] { FU::Copy(At("src"), At("target")); }, EIO);
+    Raised<ZORSimExcNoSuchFile>([&] { FU::Copy(At("nope"), At("new")); });
+    EXPECT_FALSE(Exists(m_dir / "new")) << "nothing is created for a missing source";
+    ZORSimUttOSFault::Arm(Service::ReadFile, Error::IoError, 1, 1);
+    ExpectRaised<ZORSimExcReadError>([&] { FU::Copy(At("big"), At("target")); }, Error::IoError);
     EXPECT_EQ(ReadBytes(m_dir / "target").size(), 262144u) << "what was copied before the failure stays";
-    ZORSimUttOSFault::Arm("WriteFile", ENOSPC);
-    Raised<ZORSimExcDiskFull>([&] { FU::Copy(At("src"), At("target")); });
+    ZORSimUttOSFault::Arm(Service::WriteFile, Error::DiskFull);
+    Raised<ZORSimExcDiskFull>([&] { FU::Copy(At("big"), At("target")); });
     ZORSimUttOSFile readOnly;
-    readOnly.OpenRead(At("src"));
-    Raised<ZORSimExcReadOnly>([&] { FU::Copy(At("src"), readOnly); });
+    readOnly.OpenRead(At("big"));
+    Raised<ZORSimExcReadOnly>([&] { FU::Copy(At("big"), readOnly); });
 }
 
 TEST_F(FileUtils, MoveOntoAnExistingTargetAndLinkIfUniqueTwice) {
-    WriteBytes(m_dir / "from", "new");
-    WriteBytes(m_dir / "to", "old and longer");
+    m_dir.File("from", "new");
+    m_dir.File("to", "old and longer");
     FU::Move(At("from"), At("to"));
     EXPECT_TRUE(!Exists(m_dir / "from") && ReadBytes(m_dir / "to") == "new");
-    ExpectSystemError([&] { FU::Move(At("from"), At("to")); }, "MoveFileEx", ENOENT);
-    ZORSimUttOSFault::Arm("MoveFileEx", EXDEV);
-    ExpectSystemError([&] { FU::Move(At("to"), At("elsewhere")); }, "MoveFileEx", EXDEV);
+    ExpectSystemError([&] { FU::Move(At("from"), At("to")); }, Service::MoveFileEx, Error::FileNotFound);
+    ZORSimUttOSFault::Arm(Service::MoveFileEx, Error::NotSameDevice);
+    ExpectSystemError([&] { FU::Move(At("to"), At("elsewhere")); }, Service::MoveFileEx,
+                      Error::NotSameDevice);
     EXPECT_EQ(ReadBytes(m_dir / "to"), "new");
 
     EXPECT_TRUE(FU::LinkIfUnique(At("to"), At("link")));
     EXPECT_FALSE(FU::LinkIfUnique(At("to"), At("link")));
     EXPECT_TRUE(FU::SameFile(At("to"), At("link")));
     // A taken name is no link, whatever it holds.
-    WriteBytes(m_dir / "other", "y");
+    m_dir.File("other", "y");
     EXPECT_FALSE(FU::LinkIfUnique(At("to"), At("other")));
     EXPECT_EQ(ReadBytes(m_dir / "other"), "y");
-    ExpectSystemError([&] { FU::LinkIfUnique(At("missing"), At("link2")); }, "CreateHardLink", ENOENT);
+    ExpectSystemError([&] { FU::LinkIfUnique(At("missing"), At("link2")); }, Service::CreateHardLink,
+                      Error::FileNotFound);
     EXPECT_FALSE(Exists(m_dir / "link2")) << "nothing is copied when no link can be made";
-    ZORSimUttOSFault::Arm("CreateHardLink", EXDEV);
-    ExpectSystemError([&] { FU::LinkIfUnique(At("to"), At("link3")); }, "CreateHardLink", EXDEV);
 }
 
-TEST_F(FileUtils, RemoveAndRemoveNoThrow) {
-    WriteBytes(m_dir / "a", "");
+TEST_F(FileUtils, RemoveRemoveNoThrowAndRemoveAll) {
+    m_dir.File("a");
     FU::Remove(At("a"));
     EXPECT_FALSE(Exists(m_dir / "a"));
-    ExpectSystemError([&] { FU::Remove(At("a")); }, "DeleteFile", ENOENT);
-    ASSERT_EQ(::mkdir((m_dir / "d").c_str(), 0700), 0);
-    ExpectSystemError([&] { FU::Remove(At("d")); }, "DeleteFile", EISDIR);
+    ExpectSystemError([&] { FU::Remove(At("a")); }, Service::DeleteFile, Error::FileNotFound);
+    ExpectSystemError([&] { FU::Remove(ZORString(m_dir.Dir("sub"))); }, Service::DeleteFile,
+                      Error::IsDirectory);
     EXPECT_FALSE(FU::RemoveNoThrow(At("a")));
-    WriteBytes(m_dir / "b", "");
-    ZORSimUttOSFault::Arm("DeleteFile", EBUSY);
+    m_dir.File("b");
+    ZORSimUttOSFault::Arm(Service::DeleteFile, Error::SharingViolation);
     EXPECT_FALSE(FU::RemoveNoThrow(At("b")));
     EXPECT_TRUE(FU::RemoveNoThrow(At("b")) && !Exists(m_dir / "b"));
     EXPECT_THROW(FU::RemoveNoThrow(ZORString("bad\xff")), ZORSimExcBadStringArgument); // still checked
-}
 
-TEST_F(FileUtils, RemoveAllDeletesMatchingFilesAndStopsAtTheFirstFailure) {
     for (const char* name : {"1.tmp", "2.tmp", "3.TMP", "keep.dat", "tmp"})
-        WriteBytes(m_dir / name, "");
+        m_dir.File(name);
     FU::RemoveAll(ZORString(m_dir.Path() + "\\*.tmp"));
     FU::RemoveAll(At("*.none")); // no match: nothing happens
     // Names match as on Windows, case ignored.
     EXPECT_FALSE(Exists(m_dir / "1.tmp") || Exists(m_dir / "2.tmp") || Exists(m_dir / "3.TMP"));
     EXPECT_TRUE(Exists(m_dir / "keep.dat") && Exists(m_dir / "tmp"));
-
-    ASSERT_EQ(::mkdir((m_dir / "d.tmp").c_str(), 0700), 0);
-    ExpectSystemError([&] { FU::RemoveAll(At("*.tmp")); }, "DeleteFile", EISDIR);
+    m_dir.Dir("d.tmp");
+    ExpectSystemError([&] { FU::RemoveAll(At("*.tmp")); }, Service::DeleteFile, Error::IsDirectory);
     EXPECT_TRUE(Exists(m_dir / "d.tmp")) << "directories are never removed";
-    ExpectSystemError([&] { FU::RemoveAll(At("nodir/*.tmp")); }, "FindFirstFile", ENOENT);
-    ASSERT_EQ(::rmdir((m_dir / "d.tmp").c_str()), 0);
+    ExpectSystemError([&] { FU::RemoveAll(At("nodir/*.tmp")); }, Service::FindFirstFile, Error::PathNotFound);
+    fs::remove(m_dir / "d.tmp");
     for (const char* name : {"1.tmp", "2.tmp", "3.tmp"})
-        WriteBytes(m_dir / name, "");
-    ZORSimUttOSFault::Arm("DeleteFile", EACCES, 1, 1);
-    ExpectSystemError([&] { FU::RemoveAll(At("*.tmp")); }, "DeleteFile", EACCES);
+        m_dir.File(name);
+    ZORSimUttOSFault::Arm(Service::DeleteFile, Error::AccessDenied, 1, 1);
+    ExpectSystemError([&] { FU::RemoveAll(At("*.tmp")); }, Service::DeleteFile, Error::AccessDenied);
     int left = 0;
     for (const char* name : {"1.tmp", "2.tmp", "3.tmp"})
         left += Exists(m_dir / name) ? 1 : 0;
     EXPECT_EQ(left, 2) << "the first was removed, the second failed, the third was not reached";
     // Every entry matches "*", so only the first listing call belongs to
     // the first search; the second is a find-next.
-    ZORSimUttOSFault::Arm("FindNextFile", EIO, 1, 1);
-    ExpectSystemError([&] { FU::RemoveAll(At("*")); }, "FindNextFile", EIO);
+    ZORSimUttOSFault::Arm(Service::FindNextFile, Error::IoError, 1, 1);
+    ExpectSystemError([&] { FU::RemoveAll(At("*")); }, Service::FindNextFile, Error::IoError);
 }
 
 TEST_F(FileUtils, MakeDirAndRemoveDirWorkOneLevelOnEmptyDirectories) {
     FU::MakeDir(At("d"));
-    EXPECT_TRUE(std::filesystem::is_directory(m_dir / "d"));
-    ExpectSystemError([&] { FU::MakeDir(At("d")); }, "CreateDirectory", EEXIST);
-    ExpectSystemError([&] { FU::MakeDir(At("x/y")); }, "CreateDirectory", ENOENT);
-    WriteBytes(m_dir / "d/f", "");
-    ExpectSystemError([&] { FU::RemoveDir(At("d")); }, "RemoveDirectory", ENOTEMPTY);
-    ExpectSystemError([&] { FU::RemoveDir(At("d/f")); }, "RemoveDirectory", ENOTDIR);
-    ASSERT_EQ(::unlink((m_dir / "d/f").c_str()), 0);
+    EXPECT_TRUE(fs::is_directory(m_dir / "d"));
+    ExpectSystemError([&] { FU::MakeDir(At("d")); }, Service::CreateDirectory, Error::AlreadyExists);
+    ExpectSystemError([&] { FU::MakeDir(At("x/y")); }, Service::CreateDirectory, Error::PathNotFound);
+    m_dir.File("d/f");
+    ExpectSystemError([&] { FU::RemoveDir(At("d")); }, Service::RemoveDirectory, Error::NotEmpty);
+    ExpectSystemError([&] { FU::RemoveDir(At("d/f")); }, Service::RemoveDirectory, Error::NotDirectory);
+    fs::remove(m_dir / "d/f");
     FU::RemoveDir(At("d"));
-    ExpectSystemError([&] { FU::RemoveDir(At("d")); }, "RemoveDirectory", ENOENT);
-    ZORSimUttOSFault::Arm("CreateDirectory", ENOSPC);
-    ExpectSystemError([&] { FU::MakeDir(At("e")); }, "CreateDirectory", ENOSPC);
-    FU::MakeDir(At("e"));
-    ZORSimUttOSFault::Arm("RemoveDirectory", EBUSY);
-    ExpectSystemError([&] { FU::RemoveDir(At("e")); }, "RemoveDirectory", EBUSY);
-    EXPECT_TRUE(Exists(m_dir / "e"));
+    ExpectSystemError([&] { FU::RemoveDir(At("d")); }, Service::RemoveDirectory, Error::FileNotFound);
+    ZORSimUttOSFault::Arm(Service::CreateDirectory, Error::DiskFull);
+    ExpectSystemError([&] { FU::MakeDir(At("e")); }, Service::CreateDirectory, Error::DiskFull);
+    EXPECT_FALSE(Exists(m_dir / "e"));
 }
 
-TEST_F(FileUtils, AbsolutePathJoinsAndCollapsesByNameAlone) {
-    ASSERT_EQ(::mkdir((m_dir / "real").c_str(), 0700), 0);
-    ASSERT_EQ(::mkdir((m_dir / "real/in").c_str(), 0700), 0);
-    ASSERT_EQ(::symlink("real/in", (m_dir / "link").c_str()), 0);
-    const ScopedCwd cwd(m_dir.Path());
-    const std::string here = std::filesystem::current_path().string();
-    const std::pair<const char*, std::string> cases[] = {
-        {"x.dat", here + "/x.dat"},
-        {"a/./b/../c", here + "/a/c"},
-        {"a\\b\\c.txt", here + "/a/b/c.txt"},
-        {"missing/deeper/x", here + "/missing/deeper/x"}, // no existence check
-        {"link/..", here},                                // links are not followed
-        {"a//b", here + "/a/b"},
-        {"a/", here + "/a/"},
-        {".", here},
-        {"", here},
-        {"/abs/../x", "/x"},
-        {"/a/../../b", "/b"},
-        {"/..", "/"},
-        {"\\", "/"},
-    };
-    for (const auto& [path, expected] : cases)
-        EXPECT_EQ(std::string(FU::AbsolutePath(ZORString(path)).c_str()), expected) << "'" << path << "'";
+TEST_F(FileUtils, AbsoluteShortenedAndReroutedNames) {
+    m_dir.File("d/f.txt");
+    fs::current_path(m_dir.Path());
+    const std::string here = fs::current_path().generic_string();
+    // Joined with the working directory, by name alone.
+    const std::pair<const char*, std::string> absolute[] = {
+        {"a/./b/../c", "/a/c"}, {"a\\b\\c.txt", "/a/b/c.txt"}, {"a//b/", "/a/b/"}, {".", ""}};
+    for (const auto& [path, expected] : absolute)
+        EXPECT_EQ(FU::AbsolutePath(ZORString(path)), OsName(here + expected)) << "'" << path << "'";
     EXPECT_THROW(FU::AbsolutePath(ZORString("a\xc3")), ZORSimExcBadStringArgument);
 
-    ASSERT_EQ(::mkdir((m_dir / "odd\xff").c_str(), 0700), 0);
-    const ScopedCwd odd(m_dir / "odd\xff"); // a working directory without a UTF-8 name
-    const auto raised = Raised<ZORBasToUTF8Exception>([] { FU::AbsolutePath(ZORString("x")); });
-    EXPECT_STREQ(raised ? raised->Text() : "", "_wfullpath");
+    // Names under the directory come back relative, never as a ".." name;
+    // others absolute (flag set), and all in the OS form.
+    const std::tuple<const char*, const char*, const char*, bool> shorten[] = {
+        {"data", "data/run/x.dat", "run/x.dat", false},
+        {"data", "data\\run\\x.dat", "run/x.dat", false},
+        {"data/sub/..", "data/../data/x", "x", false},
+        {"data", "data2/x", "/data2/x", true},
+        {"data", "data", "/data", true},
+        {"Data", "data/x", "/data/x", true}}; // case counts
+    for (const auto& [directory, file, expected, isAbsolute] : shorten)
+        EXPECT_EQ(FU::ShortenFileName(ZORString(directory), ZORString(file)),
+                  OsName(isAbsolute ? here + expected : expected))
+            << "'" << directory << "', '" << file << "'";
+    EXPECT_EQ(FU::ShortenFileName(ZORString(""), ZORString("rel\\x")), ZORString("rel\\x")); // as given
+
+    // The branch goes inside a directory or beside a file.
+    const std::tuple<std::string, const char*, std::string> reroot[] = {
+        {m_dir / "d", "b", m_dir / "d/b"},
+        {m_dir / "d/", "b\\c", m_dir / "d/b/c"},
+        {m_dir / "d/missing.txt", "b", m_dir / "d/b"},
+        {m_dir.Path() + "\\d\\f.txt", "b", m_dir / "d/b"},
+        {"f.txt", "b", "b"},
+        {m_dir / "d", "/abs", "/abs"}};
+    for (const auto& [path, branch, expected] : reroot)
+        EXPECT_EQ(FU::RerootBranch(ZORString(path), ZORString(branch)), OsName(expected))
+            << "'" << path << "', '" << branch << "'";
+    fs::current_path(fs::temp_directory_path());
 }
 
 // Not in the fixture: the child ends without unwinding, and would leave a
@@ -240,48 +217,10 @@ TEST(FileUtilsExit, AbsolutePathWithoutAResultEndsTheProcess) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(
         {
-            ZORSimUttOSFault::Arm("FullPath", ENOENT);
+            ZORSimUttOSFault::Arm(Service::FullPath, Error::PathNotFound);
             FU::AbsolutePath(ZORString("x"));
         },
         ::testing::ExitedWithCode(1), "INTERNAL LOGIC ERROR.\n!!! absolutePath.s != 0\n");
-}
-
-TEST_F(FileUtils, ShortenFileNameAndRerootBranch) {
-    ASSERT_EQ(::mkdir((m_dir / "d").c_str(), 0700), 0);
-    WriteBytes(m_dir / "d/f.txt", "");
-    const ScopedCwd cwd(m_dir.Path());
-    const std::string here = std::filesystem::current_path().string();
-    // Names under the directory come back relative, never as a ".." name.
-    const std::tuple<const char*, const char*, std::string> shorten[] = {
-        {"/data", "/data/run/x.dat", "run/x.dat"},
-        {"/data", "/data2/x", "/data2/x"},
-        {"/data", "/data", "/data"},
-        {"/data", "/dat", "/dat"},
-        {"/data", "/other/x", "/other/x"},
-        {"/data/sub/..", "/data/../data/x", "x"},
-        {"C:\\data", "C:\\data\\run\\x.dat", "run/x.dat"},
-        {"C:\\data", "C:\\data2\\x", here + "/C:/data2/x"},
-        {"C:\\Data", "C:\\data\\x", here + "/C:/data/x"}, // case counts
-        {"sub", "sub/x", "x"},
-        {"sub", "x", here + "/x"},
-        {"", "rel\\x", "rel\\x"}, // returned as given
-    };
-    for (const auto& [directory, file, expected] : shorten)
-        EXPECT_EQ(std::string(FU::ShortenFileName(ZORString(directory), ZORString(file)).c_str()), expected)
-            << "'" << directory << "', '" << file << "'";
-    // The branch goes inside a directory or beside a file.
-    const std::tuple<std::string, const char*, std::string> reroot[] = {
-        {m_dir / "d", "b", m_dir / "d/b"},
-        {m_dir / "d/", "b\\c", m_dir / "d/b/c"},
-        {m_dir / "d/f.txt", "b", m_dir / "d/b"},
-        {m_dir / "d/missing.txt", "b", m_dir / "d/b"},
-        {m_dir.Path() + "\\d\\f.txt", "b", m_dir / "d/b"},
-        {"f.txt", "b", "b"},
-        {m_dir / "d", "/abs", "/abs"},
-    };
-    for (const auto& [path, branch, expected] : reroot)
-        EXPECT_EQ(std::string(FU::RerootBranch(ZORString(path), ZORString(branch)).c_str()), expected)
-            << "'" << path << "', '" << branch << "'";
 }
 
 } // namespace

@@ -1,52 +1,68 @@
 // What a process decides once (storage budget, locking switch, where
-// temporary files go), clean-up at process end, and the lock between
-// processes. Decisions made once are tested in a fresh process each.
-#include "OSFileTestSupport.h"
-#include "ZORSimTestSupport.h"
+// temporary files go), each in a fresh process; clean-up at process end, and
+// the lock between processes.
+#include "ZORSimTestErrors.h"
 
 #include "ZORSimUttFilePathParser.h"
+#include "ZORSimUttOSFile.h"
 
+#include <chrono>
 #include <cstring>
-#include <sched.h>
-#include <sys/wait.h>
-#include <vector>
+#include <filesystem>
+#include <thread>
 
 using namespace zorsim_test;
 
 namespace {
 
+const char* const kLockSwitches[] = {"BAS_DISABLE_FILE_LOCKING", "VEX_DISABLE_FILE_LOCKING",
+                                     "QRT_DISABLE_FILE_LOCKING"};
 // The switches must not come from the environment the tests run in.
 const bool g_cleanEnvironment = [] {
-    for (const char* name : {"SIM_STORAGE_LIMIT", "BAS_DISABLE_FILE_LOCKING", "VEX_DISABLE_FILE_LOCKING",
-                             "QRT_DISABLE_FILE_LOCKING"})
-        unsetenv(name);
+    for (const char* name : {"SIM_STORAGE_LIMIT", kLockSwitches[0], kLockSwitches[1], kLockSwitches[2]})
+        SetEnv(name, nullptr);
     return true;
 }();
 
-} // namespace
+constexpr int kRounds = 300;
 
-TEST(OSFileStorage, LimitIsReadOnceAndAnnounced) {
-    for (const char* value : {"1000", "abc", static_cast<const char*>(nullptr)}) {
-        SCOPED_TRACE(value ? value : "unset");
-        ExpectInFreshProcess(
-            [value] {
-                SetEnv("SIM_STORAGE_LIMIT", value);
-                ZORSimUttOSFile first;
-                SetEnv("SIM_STORAGE_LIMIT", "5");
-                ZORSimUttOSFile second;
-                EXPECT_EQ(value && *value == '1' ? 1000u : 0u, ZORSimUttOSFile::s_storageLimit);
-            },
-            value && *value == '1' ? "^=== SIM Storage limit: 1000\n$" : "^$");
+// Adds one to the counter in file args[1] kRounds times under the lock,
+// after a byte to file args[2] says it is about to start; the exit code
+// counts refusals.
+ZORSIM_SCENARIO(LockedIncrements) {
+    ZORSimUttOSFile file, ready;
+    file.OpenUpdate(args.at(1));
+    ready.OpenAppend(args.at(2));
+    ready.WriteAll("r", 1);
+    int refused = 0;
+    for (int round = 0; round < kRounds; ++round) {
+        refused += file.Lock() ? 0 : 1;
+        long value = 0;
+        file.ReadAtomic(0, reinterpret_cast<char*>(&value), sizeof value);
+        ++value;
+        std::this_thread::yield(); // invites the others into the gap the lock closes
+        file.WriteAtomic(0, reinterpret_cast<const char*>(&value), sizeof value);
+        file.Unlock();
     }
+    return refused;
 }
 
-TEST(OSFileStorage, WritesTruncationsAndOpensAreCharged) {
+} // namespace
+
+TEST(OSFileStorage, LimitIsReadOnceAnnouncedAndCharged) {
+    for (const char* value : {"abc", static_cast<const char*>(nullptr)})
+        ExpectInFreshProcess([value] {
+            SetEnv("SIM_STORAGE_LIMIT", value);
+            ZORSimUttOSFile first;
+            EXPECT_EQ(0u, ZORSimUttOSFile::s_storageLimit);
+        });
     ExpectInFreshProcess(
         [] {
             SetEnv("SIM_STORAGE_LIMIT", "100");
+            ZORSimUttOSFile file;
+            SetEnv("SIM_STORAGE_LIMIT", "5"); // read once
             const auto total = [] { return ZORSimUttOSFile::s_storageTotal.load(); };
             TempDir dir;
-            ZORSimUttOSFile file;
             file.OpenWrite(dir / "f"); // creating charges nothing
             file.WriteAll(std::string(60, 'a').data(), 60);
             Raised<ZORSimExcDiskFull>([&] { file.WriteAll(std::string(60, 'b').data(), 60); });
@@ -58,7 +74,6 @@ TEST(OSFileStorage, WritesTruncationsAndOpensAreCharged) {
             Raised<ZORSimExcDiskFull>([&] { file.Truncate(41); });
             EXPECT_EQ(10u, file.FileSize());
             file.Close();
-
             // Opening an existing file to read or update charges its size.
             ZORSimUttOSFile::s_storageTotal = 0;
             for (auto open : {&ZORSimUttOSFile::OpenRead, &ZORSimUttOSFile::OpenUpdate,
@@ -72,13 +87,10 @@ TEST(OSFileStorage, WritesTruncationsAndOpensAreCharged) {
 }
 
 TEST(OSFileLocking, OffOnlyWhenAllThreeVariablesAreSet) {
-    const char* const names[] = {"BAS_DISABLE_FILE_LOCKING", "VEX_DISABLE_FILE_LOCKING",
-                                 "QRT_DISABLE_FILE_LOCKING"};
-    for (int missing = -1; missing < 3; ++missing) {
-        SCOPED_TRACE(missing);
+    for (int missing = -1; missing < 3; ++missing)
         ExpectInFreshProcess([&] {
             for (int i = 0; i < 3; ++i)
-                SetEnv(names[i], i == missing ? nullptr : "");
+                SetEnv(kLockSwitches[i], i == missing ? nullptr : "1");
             // The switch comes first: with locking off even a closed file says false.
             ZORSimUttOSFile closed;
             if (missing < 0)
@@ -86,39 +98,32 @@ TEST(OSFileLocking, OffOnlyWhenAllThreeVariablesAreSet) {
             else
                 Raised<ZORSimExcFileNotOpen>([&] { closed.Lock(); });
         });
-    }
 }
 
 TEST(OSFileTemporary, DirectoryCandidatesInOrder) {
-    // TMPDIR, TEMP, TMP, a tab-led "\temp" in the working directory, then
-    // the working directory; the first usable directory is taken. "file" is
-    // a plain file, no directory; an empty value is skipped.
+    // TMPDIR, TEMP, TMP, then the working directory: the first usable
+    // directory. "file" is a plain file; an empty value is skipped.
     const std::tuple<const char*, const char*, const char*, const char*> cases[] = {
-        {"a", "b", "\temp", "a"},
-        {"missing", "b", "\temp", "b"},
-        {"file", "", "\temp", "\temp"},
-        {nullptr, nullptr, "c", "."},
-    };
-    for (const auto& [tmpdir, temp, made, expected] : cases) {
-        SCOPED_TRACE(expected);
+        {"a", "b", "c", "a"},
+        {"missing", "b", "c", "b"},
+        {"file", "", "c", "c"},
+        {nullptr, nullptr, "missing", "."}};
+    for (const auto& [tmpdir, temp, tmp, expected] : cases)
         ExpectInFreshProcess([&] {
             TempDir dir;
-            ASSERT_EQ(0, chdir(dir.Path().c_str()));
-            for (const char* name : {"a", "b", made})
-                mkdir(name, 0700);
-            WriteBytes("file", "");
+            for (const char* name : {"a/", "b/", "c/", "file"})
+                name[1] == '/' ? dir.Dir(name) : dir.File(name);
+            std::filesystem::current_path(dir.Path());
             SetEnv("TMPDIR", tmpdir);
             SetEnv("TEMP", temp);
-            SetEnv("TMP", nullptr);
+            SetEnv("TMP", tmp);
             ZORSimUttOSFile file;
             file.CreateTemporary("");
-            const std::string name = std::string(expected) + "/SimTemp.1.tmp";
-            EXPECT_EQ(ZORSimUttFilePathParser::FixPathForOS(name), file.m_name);
-            EXPECT_TRUE(Exists(name));
+            EXPECT_EQ(ZORSimUttFilePathParser::FixPathForOS(std::string(expected) + "/SimTemp.1.tmp"),
+                      file.m_name);
             file.Close();
-            EXPECT_EQ(0, chdir("/"));
+            std::filesystem::current_path("..");
         });
-    }
 }
 
 TEST(OSFileTemporary, StillOpenAtProcessEndAreRemoved) {
@@ -127,47 +132,30 @@ TEST(OSFileTemporary, StillOpenAtProcessEndAreRemoved) {
             static const TempDir dir(true);
             // Runs after the library's own clean-up, which is set up later.
             std::atexit([] { std::fputs(Exists(dir / "SimTemp.1.tmp") ? "left\n" : "removed\n", stderr); });
-            static ZORSimUttOSFile* const file = new ZORSimUttOSFile; // never closed
-            file->CreateTemporary(dir.Path());
+            (new ZORSimUttOSFile)->CreateTemporary(dir.Path()); // never closed
             EXPECT_TRUE(Exists(dir / "SimTemp.1.tmp"));
         },
         "^removed\n$");
 }
 
 TEST(OSFileLock, ProcessesTakingTheLockLoseNoUpdate) {
-    constexpr int kProcesses = 4, kRounds = 300;
+    constexpr int kProcesses = 4;
     TempDir dir;
-    const std::string counter = dir / "counter";
-    WriteBytes(counter, std::string(sizeof(long), '\0'));
-    // Held while the children start, so that they all queue up on it.
+    const std::string counter = dir.File("counter", std::string(sizeof(long), '\0')),
+                      ready = dir.File("ready");
+    // Held until every child is about to take it, so that they queue up on it.
     ZORSimUttOSFile gate;
     gate.OpenUpdate(counter);
     ASSERT_TRUE(gate.Lock());
-    std::vector<pid_t> children;
-    for (int p = 0; p < kProcesses; ++p) {
-        children.push_back(fork());
-        ASSERT_GE(children.back(), 0);
-        if (children.back() == 0) { // an exception ends the child abnormally
-            ZORSimUttOSFile file;   // opened after the fork: a lock of its own
-            file.OpenUpdate(counter);
-            int refused = 0;
-            for (int round = 0; round < kRounds; ++round) {
-                refused += file.Lock() ? 0 : 1;
-                long value = 0;
-                file.ReadAtomic(0, reinterpret_cast<char*>(&value), sizeof value);
-                ++value;
-                sched_yield(); // invites the others into the gap the lock closes
-                file.WriteAtomic(0, reinterpret_cast<const char*>(&value), sizeof value);
-                file.Unlock();
-            }
-            _exit(refused);
-        }
-    }
+    std::vector<Process> children;
+    for (int p = 0; p < kProcesses; ++p)
+        children.push_back(StartScenario("LockedIncrements", {"child", counter, ready}));
+    for (int wait = 0; wait < 1000 && ReadBytes(ready).size() < kProcesses; ++wait)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
     gate.Unlock();
-    for (pid_t pid : children) {
-        int status = 0;
-        ASSERT_EQ(pid, waitpid(pid, &status, 0));
-        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+    for (Process& child : children) {
+        const ProcessResult run = child.Wait();
+        EXPECT_EQ(run.exitCode, 0) << run.err;
     }
     long total = 0;
     std::memcpy(&total, ReadBytes(counter).data(), sizeof total);

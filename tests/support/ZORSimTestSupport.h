@@ -1,5 +1,6 @@
-// What several test programs need: a scenario run in a fresh process, an
-// environment variable set for a scope, and a capture of standard error.
+// What the tests need from the operating system, in one place: environment,
+// child processes, temporary files, standard error, platform facts; posix/
+// and win32/ implement it. Text and paths are UTF-8 on every platform.
 #pragma once
 
 #include <gtest/gtest-spi.h>
@@ -8,24 +9,19 @@
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
+#include <memory>
 #include <optional>
-#include <sstream>
 #include <string>
-#include <unistd.h>
+#include <utility>
 #include <vector>
 
 namespace zorsim_test {
 
-// Sets the variable, or clears it when `value` is null.
-inline void SetEnv(const char* name, const char* value) {
-    if (value != nullptr)
-        setenv(name, value, 1);
-    else
-        unsetenv(name);
-}
+// Sets the variable, or clears it when `value` is null. (Windows keeps no
+// empty variables: tests use values that are not empty.)
+void SetEnv(const char* name, const char* value);
 
-// Sets or clears a variable until the end of the scope; children started
-// meanwhile inherit it.
+// Sets or clears a variable until the end of the scope.
 class ScopedEnv {
 public:
     ScopedEnv(const char* name, const char* value) : m_name(name) {
@@ -40,12 +36,43 @@ private:
     std::optional<std::string> m_old;
 };
 
-// Runs `scenario` in a child started afresh from main (a "threadsafe" death
-// test re-executes the program), for state that a process decides once.
-// EXPECT_* inside count: the child prints their failures and exits with 1.
-// Otherwise it ends through std::exit, so what runs at process end runs too,
-// and its standard error must match `output` (a regular expression or a
-// matcher).
+struct ProcessResult {
+    int exitCode = -1; // -1: killed, crashed or never started
+    std::string out, err;
+};
+// A child started with exactly `args` (argument 0 first), this environment
+// and `input` on its standard input. The destructor waits for it.
+class Process {
+public:
+    Process(const std::string& program, const std::vector<std::string>& args, const std::string& input = {});
+    Process(Process&&) noexcept;
+    ~Process();
+    ProcessResult Wait();
+
+private:
+    struct Impl;
+    std::unique_ptr<Impl> m_impl;
+};
+
+// A scenario runs instead of the tests in a child that StartScenario starts
+// from this test program; it returns the exit code. Define one as
+// ZORSIM_SCENARIO(Name) { ... }, with `args` the child's arguments.
+using Scenario = int (*)(const std::vector<std::string>& args);
+bool RegisterScenario(const char* name, Scenario scenario);
+#define ZORSIM_SCENARIO(name)                                                                                \
+    static int ZorsimScenario_##name(const std::vector<std::string>& args);                                  \
+    [[maybe_unused]] static const bool ZorsimScenarioAdded_##name =                                          \
+        ::zorsim_test::RegisterScenario(#name, ZorsimScenario_##name);                                       \
+    static int ZorsimScenario_##name([[maybe_unused]] const std::vector<std::string>& args)
+Process StartScenario(const std::string& name, const std::vector<std::string>& args);
+inline ProcessResult RunScenario(const std::string& name, const std::vector<std::string>& args) {
+    return StartScenario(name, args).Wait();
+}
+
+// Runs `scenario` in a child started afresh (a "threadsafe" death test),
+// for state that a process decides once. Failed EXPECT_* inside are printed
+// and end it with 1; else it ends through std::exit and its standard error
+// must match `output` (a regular expression or a matcher).
 template <class Output = const char*>
 void ExpectInFreshProcess(const std::function<void()>& scenario, Output output = "") {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
@@ -73,45 +100,46 @@ void ExpectInFreshProcess(const std::function<void()>& scenario, Output output =
         ::testing::ExitedWithCode(0), output);
 }
 
-// Redirects file descriptor 2 into a temporary file until Finish.
+// A fresh directory, removed with all it holds at the end of the scope, or
+// with `atExit` at process exit (for children that end without unwinding).
+class TempDir {
+public:
+    explicit TempDir(bool atExit = false);
+    ~TempDir();
+    const std::string& Path() const { return m_path; }
+    std::string operator/(const std::string& relative) const { return m_path + "/" + relative; }
+    // Makes a file or directory, and its parents; returns its path.
+    std::string File(const std::string& relative, const std::string& bytes = "", bool readOnly = false) const;
+    std::string Dir(const std::string& relative, bool readOnly = false) const;
+
+private:
+    std::string m_path;
+    bool m_atExit;
+};
+
+void WriteBytes(const std::string& path, const std::string& bytes);
+std::string ReadBytes(const std::string& path);
+bool Exists(const std::string& path); // a link counts, whatever it points to
+
+// A file that every write fails as on a full disk; "" where there is none.
+std::string FullDiskPath();
+bool IsWine();
+
+// Redirects standard error (the descriptor: the library's output too) until
+// Finish, which returns what was written.
 class StderrCapture {
 public:
-    StderrCapture() : m_file(std::tmpfile()) {
-        std::fflush(stderr);
-        m_saved = dup(2);
-        dup2(fileno(m_file), 2);
-    }
+    StderrCapture();
     ~StderrCapture() { Finish(); }
-
-    // Restores standard error and returns what was written meanwhile.
-    std::string Finish() {
-        if (m_saved >= 0) {
-            std::fflush(stderr);
-            dup2(m_saved, 2);
-            close(m_saved);
-            m_saved = -1;
-            std::rewind(m_file);
-            for (int c; (c = std::fgetc(m_file)) != EOF;)
-                m_text += static_cast<char>(c);
-            std::fclose(m_file);
-        }
-        return m_text;
-    }
+    std::string Finish();
 
 private:
     std::FILE* m_file;
-    int m_saved;
+    int m_saved = -1;
     std::string m_text;
 };
 
-inline std::vector<std::string> Lines(const std::string& text) {
-    std::vector<std::string> lines;
-    std::istringstream in(text);
-    for (std::string line; std::getline(in, line);)
-        lines.push_back(line);
-    return lines;
-}
-
+std::vector<std::string> Lines(const std::string& text);
 inline bool StartsWith(const std::string& text, const std::string& prefix) {
     return text.rfind(prefix, 0) == 0;
 }

@@ -1,0 +1,148 @@
+// The support layer on Windows, natively or under Wine. Text crosses the
+// API as UTF-16.
+#include "ZORSimTestSupport.h"
+
+#include <fcntl.h>
+#include <io.h>
+#include <windows.h>
+
+#include <shellapi.h>
+
+namespace zorsim_test {
+namespace {
+
+std::wstring Wide(const std::string& text) {
+    const int size = static_cast<int>(text.size());
+    std::wstring wide(MultiByteToWideChar(CP_UTF8, 0, text.data(), size, nullptr, 0), L'\0');
+    MultiByteToWideChar(CP_UTF8, 0, text.data(), size, wide.data(), static_cast<int>(wide.size()));
+    return wide;
+}
+
+std::string Narrow(const std::wstring& wide) {
+    const int size = static_cast<int>(wide.size());
+    std::string text(WideCharToMultiByte(CP_UTF8, 0, wide.data(), size, nullptr, 0, nullptr, nullptr), '\0');
+    WideCharToMultiByte(CP_UTF8, 0, wide.data(), size, text.data(), static_cast<int>(text.size()), nullptr,
+                        nullptr);
+    return text;
+}
+
+// Quoted so that the child's C runtime splits the argument off unchanged:
+// backslashes double only before a quote, the closing one included.
+std::wstring Quoted(const std::wstring& arg) {
+    if (!arg.empty() && arg.find_first_of(L" \t\"") == std::wstring::npos)
+        return arg;
+    std::wstring quoted = L"\"";
+    for (std::size_t i = 0, slashes = 0; i <= arg.size(); ++i) {
+        if (i < arg.size() && arg[i] == L'\\') {
+            ++slashes;
+            continue;
+        }
+        quoted.append(i == arg.size() || arg[i] == L'"' ? 2 * slashes : slashes, L'\\');
+        slashes = 0;
+        if (i < arg.size())
+            quoted += arg[i] == L'"' ? L"\\\"" : std::wstring(1, arg[i]);
+    }
+    return quoted + L"\"";
+}
+
+} // namespace
+
+std::string Drain(std::FILE* file);
+
+// The parent reads the standard streams as bytes: no line-end translation.
+std::vector<std::string> ScenarioArguments(int, char**) {
+    for (int fd = 0; fd < 3; ++fd)
+        _setmode(fd, _O_BINARY);
+    int count = 0;
+    wchar_t** wide = CommandLineToArgvW(GetCommandLineW(), &count);
+    std::vector<std::string> args;
+    for (int i = 0; i < count; ++i)
+        args.push_back(Narrow(wide[i]));
+    LocalFree(wide);
+    return args;
+}
+int DupFd(int fd) {
+    return _dup(fd);
+}
+void Dup2Fd(int from, int to) {
+    _dup2(from, to);
+}
+void CloseFd(int fd) {
+    _close(fd);
+}
+
+// The C runtime's copy for getenv, the system's for children.
+void SetEnv(const char* name, const char* value) {
+    _putenv_s(name, value != nullptr ? value : ""); // "" clears the variable
+    SetEnvironmentVariableW(Wide(name).c_str(), value != nullptr ? Wide(value).c_str() : nullptr);
+}
+
+struct Process::Impl {
+    PROCESS_INFORMATION info{};
+    std::FILE* files[3] = {}; // standard input, output and error
+};
+
+Process::Process(const std::string& program, const std::vector<std::string>& args, const std::string& input)
+    : m_impl(std::make_unique<Impl>()) {
+    std::wstring command;
+    for (const std::string& arg : args)
+        command += (command.empty() ? L"" : L" ") + Quoted(Wide(arg));
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    startup.dwFlags = STARTF_USESTDHANDLES;
+    HANDLE* handles[3] = {&startup.hStdInput, &startup.hStdOutput, &startup.hStdError};
+    for (int i = 0; i < 3; ++i) {
+        m_impl->files[i] = std::tmpfile();
+        *handles[i] = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(m_impl->files[i])));
+        SetHandleInformation(*handles[i], HANDLE_FLAG_INHERIT, HANDLE_FLAG_INHERIT);
+    }
+    std::fputs(input.c_str(), m_impl->files[0]);
+    std::fflush(m_impl->files[0]);
+    std::rewind(m_impl->files[0]);
+    const bool started = CreateProcessW(Wide(program).c_str(), command.data(), nullptr, nullptr, TRUE, 0,
+                                        nullptr, nullptr, &startup, &m_impl->info);
+    EXPECT_TRUE(started) << "cannot start " << program << ": error " << GetLastError();
+}
+
+Process::Process(Process&&) noexcept = default;
+Process::~Process() {
+    if (m_impl)
+        Wait();
+}
+
+ProcessResult Process::Wait() {
+    ProcessResult result;
+    if (m_impl->files[0] == nullptr)
+        return result; // waited for already
+    if (m_impl->info.hProcess != nullptr) {
+        DWORD code = 0;
+        WaitForSingleObject(m_impl->info.hProcess, INFINITE);
+        // An unhandled exception ends a process with its NTSTATUS code.
+        if (GetExitCodeProcess(m_impl->info.hProcess, &code) && code < 0xC0000000u)
+            result.exitCode = static_cast<int>(code);
+        CloseHandle(m_impl->info.hProcess);
+        CloseHandle(m_impl->info.hThread);
+    }
+    std::fclose(m_impl->files[0]);
+    m_impl->files[0] = nullptr;
+    result.out = Drain(m_impl->files[1]);
+    result.err = Drain(m_impl->files[2]);
+    return result;
+}
+
+std::string SelfPath() {
+    std::wstring path(32768, L'\0');
+    path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
+    return Narrow(path);
+}
+
+std::string FullDiskPath() {
+    return ""; // no device is always full here
+}
+
+bool IsWine() {
+    const HMODULE ntdll = GetModuleHandleW(L"ntdll.dll");
+    return ntdll != nullptr && GetProcAddress(ntdll, "wine_get_version") != nullptr;
+}
+
+} // namespace zorsim_test
