@@ -1,0 +1,273 @@
+// The command-line store: explicit vectors and the arguments file, the
+// process's own arguments (in a child started with a known vector), and the
+// singleton that holds the store.
+#include "ZORSimTestSupport.h"
+
+#include "ZORSimCommandLine.h"
+#include "ZORSimContainersModule.h"
+#include "ZORSimExcPoolFormat.h"
+#include "ZORSimUttAssert.h"
+#include "ZORSimUttOS.h"
+
+#include "ZORBasException.h"
+
+#include <clocale>
+#include <cmath>
+#include <latch>
+#include <thread>
+#include <typeinfo>
+
+using namespace zorsim_test;
+using Strings = std::vector<std::string>;
+using Singleton = ZORBasAtiGlobalSingleton<ZORSimCommandLineImpl>;
+
+namespace {
+
+// Fills the store from `args` as main received them; what it wrote to standard error.
+Strings Fill(Strings args) {
+    std::vector<char*> argv;
+    for (std::string& arg : args)
+        argv.push_back(arg.data());
+    argv.push_back(nullptr);
+    StderrCapture capture;
+    ZORSimCommandLine set(static_cast<int>(args.size()), argv.data());
+    return Lines(capture.Finish());
+}
+
+Strings Stored() {
+    Strings args;
+    for (int i = 0; i < ZORSimCommandLine::NumArgs(); ++i)
+        args.emplace_back(ZORSimCommandLine::GetPosition(i).c_str());
+    return args;
+}
+
+std::string Value(const char* key) {
+    return ZORSimCommandLine::GetString(key, "<default>").c_str();
+}
+
+// The store as the children print it.
+int PrintStore() {
+    std::printf("args %d pairs %d\n", ZORSimCommandLine::NumArgs(), ZORSimCommandLine::NumPairs());
+    for (int i = 0; i < ZORSimCommandLine::NumArgs(); ++i) {
+        const ZORString& arg = ZORSimCommandLine::GetPosition(i);
+        std::printf("arg %d%s [%s]\n", i, arg.IsBAD() ? " BAD" : "", arg.c_str());
+    }
+    return 0;
+}
+
+ZORSIM_SCENARIO(CmdLineStore) {
+    PrintStore();
+    std::printf("n=%d empty-key=%d\n", ZORSimCommandLine::GetInt("n", -1), ZORSimCommandLine::IsMember(""));
+    return 0;
+}
+// Finalize at the layer's last stop lets the next query read the process's arguments.
+ZORSIM_SCENARIO(CmdLineFinalize) {
+    Fill({"explicit", "-x"});
+    int tally = 0;
+    ZORSimUtt_finalize(tally);
+    std::printf("tally %d registered %d\n", tally,
+                omi_SingletonRegistry::Instance()->Contains(typeid(ZORSimCommandLineImpl).name()));
+    return PrintStore();
+}
+// Arguments that cannot be had leave an empty store, silently.
+ZORSIM_SCENARIO(CmdLineUnavailable) {
+    ZORSimUttOSFault::Arm(ZORSimUttOS::Service::ProcessArguments, ZORSimUttOS::Error::IoError);
+    std::printf("member %d\n", ZORSimCommandLine::IsMember("x", true));
+    return PrintStore();
+}
+
+} // namespace
+
+// A key takes the next argument unless that is a key too; a dashed program
+// name counts one pair too many, left empty; the first of a repeated key
+// wins. (The fuzz target checks the pairs against a model.)
+TEST(CmdLineStore, PairsPositionalArgumentsAndNumbers) {
+    const Strings args = {"-prog", "a", "-k", "v", "-k", "w", "-n", "-5", "12abc", "-f", "3.4e39", "-"};
+    EXPECT_EQ(Fill(args), Strings{});
+    EXPECT_EQ(Stored(), args);
+    EXPECT_EQ(ZORSimCommandLine::NumPairs(), 7);
+    EXPECT_EQ(Value("k"), "v");
+    EXPECT_EQ(Value("n"), "<default>"); // no value: the default
+    EXPECT_TRUE(ZORSimCommandLine::IsMember("") && ZORSimCommandLine::IsMember("K", true));
+    EXPECT_FALSE(ZORSimCommandLine::IsMember("prog") || ZORSimCommandLine::IsMember("K"));
+    // Numbers as atoi and atof read them.
+    EXPECT_EQ(ZORSimCommandLine::GetInt("5", 7), 12);
+    EXPECT_EQ(ZORSimCommandLine::ConstGetValueAsInt("k", 7), 0); // no number: 0, not the default
+    EXPECT_EQ(ZORSimCommandLine::GetInt("n", 7), 7);
+    EXPECT_EQ(ZORSimCommandLine::GetFloat("f", 7.5f), INFINITY);
+    EXPECT_EQ(ZORSimCommandLine::GetFloat("n", 7.5f), 7.5f);
+    EXPECT_EQ(ZORSimCommandLine::ConstGetValue("k", "d"), cow_String("v"));
+    const ZORString fallback("d"); // GetString hands back the caller's own default
+    EXPECT_EQ(&ZORSimCommandLine::GetString("absent", fallback), &fallback);
+    // A filled store ignores a further fill of its own; each vector replaces the one before.
+    char other[] = "other";
+    char* otherArgs[] = {other, nullptr};
+    Singleton::Instance()->InitFromArgs(1, otherArgs);
+    EXPECT_EQ(ZORSimCommandLine::NumArgs(), 12);
+    ZORSimCommandLine none(0, nullptr);
+    EXPECT_EQ(ZORSimCommandLine::NumArgs() + ZORSimCommandLine::NumPairs(), 0);
+}
+
+TEST(CmdLineStore, BadStringsStopEveryQuery) {
+    ZORSimUttAssertDisableExcReport();
+    Fill({"prog", "-k", "v"});
+    const ZORString bad("\xff"), good("k");
+    const cow_String badCow("\xc3");
+    const std::function<void()> queries[] = {[&] { ZORSimCommandLine::IsMember(bad); },
+                                             [&] { ZORSimCommandLine::IsMember(bad, true); },
+                                             [&] { ZORSimCommandLine::GetInt(bad, 0); },
+                                             [&] { ZORSimCommandLine::GetFloat(bad, 0.0f); },
+                                             [&] { ZORSimCommandLine::GetString(bad, good); },
+                                             [&] { ZORSimCommandLine::GetString(good, bad); },
+                                             [&] { ZORSimCommandLine::ConstGetValue(badCow, "d"); },
+                                             [&] { ZORSimCommandLine::ConstGetValue("k", badCow); },
+                                             [&] { ZORSimCommandLine::ConstGetValueAsInt(badCow, 0); }};
+    for (const auto& query : queries)
+        EXPECT_THROW(query(), ZORSimExcBadStringArgument);
+    EXPECT_EQ(Value("k"), "v"); // the store is untouched
+}
+
+// Arguments from the file named after "-clargsfile", one a line; the
+// arguments after its name are dropped.
+TEST(CmdLineArgsFile, LinesBecomeArgumentsWithTheReadersLimitsAndWarnings) {
+    ScopedEnv display("SIM_CMD_DISPLAY_BYTES", "1"); // for the process's own arguments only
+    TempDir dir;
+    const std::string kTooLong =
+                          "ERROR: Command line argument in command line file is too long - maximum = 1023",
+                      kUnable = "ERROR: Unable to open command line arguments file ";
+    const std::string x2000(2000, 'x');
+    std::string lines1024; // the 1024th line is one too many
+    for (int i = 0; i < 1024; ++i)
+        lines1024 += "x\n";
+    Strings first1023(1024, "x");
+    first1023[0] = "prog";
+    // (The fuzz target checks how lines are cut against a model.)
+    const std::tuple<std::optional<std::string>, Strings, Strings> rows[] = {
+        {"", {}, {"prog"}},
+        // Lines are taken whole, without trimming; empty lines count, carriage returns stay.
+        {"  spaced  \n\n-n\r\n5\n", {}, {"prog", "  spaced  ", "", "-n\r", "5"}},
+        // A long line arrives in pieces, each but the last reported.
+        {x2000 + "\n", {kTooLong}, {"prog", x2000.substr(0, 1023), x2000.substr(1023)}},
+        {"-a\nlast", {kTooLong}, {"prog", "-a", "last"}}, // reported, but kept
+        {lines1024,
+         {"ERROR: There are more than 1024 command line arguments. All arguments beyond",
+          "argument 1024 will be ignored."},
+         first1023},
+        {std::nullopt, {kUnable + dir / "missing"}, {"prog"}},
+    };
+    for (const auto& [contents, warnings, stored] : rows) {
+        SCOPED_TRACE(contents ? contents->substr(0, 20) : "missing");
+        const std::string file = contents ? dir.File("args.txt", *contents) : dir / "missing";
+        EXPECT_EQ(Fill({"prog", "-clargsfile", file, "-dropped", "x"}), warnings);
+        EXPECT_EQ(Stored(), stored);
+    }
+    EXPECT_EQ(Fill({"prog", "-clargsfile"}), Strings{kUnable + "(null)"});
+    EXPECT_EQ(Stored(), Strings{"prog"});
+    // The pairs come from the file's lines; the option counts only first.
+    Fill({"prog", "-clargsfile", dir.File("f", "-n\n5\n")});
+    EXPECT_EQ(ZORSimCommandLine::GetInt("n", 0), 5);
+    EXPECT_TRUE(Fill({"prog", "-x", "-clargsfile", dir.File("f", "-n\n")}).empty());
+    EXPECT_EQ(ZORSimCommandLine::NumArgs(), 4);
+}
+
+// In the C locale narrow arguments are UTF-8; other bytes, given or read
+// from a file, end the fill with the conversion error and leave it undone.
+TEST(CmdLineStore, UndecodableNarrowArgumentLeavesTheStoreEmpty) {
+    ASSERT_NE(std::setlocale(LC_CTYPE, "C"), nullptr);
+    TempDir dir;
+    for (const Strings& args :
+         {Strings{"prog", "-k", "caf\xe9"}, Strings{"prog", "-clargsfile", dir.File("a", "-k\ncaf\xe9\n")}}) {
+        try {
+            Fill(args);
+            ADD_FAILURE() << "undecodable argument accepted";
+        } catch (const ZORBasToUTF8Exception& e) {
+            EXPECT_STREQ(e.Text(), "caf\xe9");
+            EXPECT_STREQ(e.ThrowFile(), "ZORSimCommandLine");
+            EXPECT_EQ(e.ThrowLine(), 258);
+        }
+        char prog[] = "good";
+        char* good[] = {prog, nullptr};
+        Singleton::Instance()->InitFromArgs(1, good);
+        EXPECT_EQ(Stored(), Strings{"good"});
+    }
+}
+
+// Each child runs a scenario on the store of its own arguments.
+TEST(CmdLineProcess, StoreHoldsWhatMainReceived) {
+    const std::tuple<const char*, Strings, bool, std::string> rows[] = {
+        {"CmdLineStore",
+         {"-p", "-n", "5", "", "a b"},
+         false,
+         "args 5 pairs 2\narg 0 [-p]\narg 1 [-n]\narg 2 [5]\narg 3 []\narg 4 [a b]\nn=5 empty-key=1\n"},
+        {"CmdLineFinalize",
+         {"child", "-k"},
+         false,
+         "tally -1 registered 0\nargs 2 pairs 1\narg 0 [child]\narg 1 [-k]\n"},
+        {"CmdLineUnavailable", {"child", "-x"}, false, "member 0\nargs 0 pairs 0\n"},
+        // Each argument as UTF-16 units, low byte first, then as UTF-8 bytes; once.
+        {"CmdLineStore",
+         {"p", "\xc3\xa9", "\xf0\x9d\x84\x9e"},
+         true,
+         "=== Arg 0: \"p\"\n===   Wide: 70 00\n===   UTF8: 70\n=== Arg 1: \"\xc3\xa9\"\n===   Wide: e9 "
+         "00\n===   UTF8: "
+         "c3 a9\n=== Arg 2: \"\xf0\x9d\x84\x9e\"\n===   Wide: 34 d8 1e dd\n===   UTF8: f0 9d 84 9e\n"},
+    };
+    for (const auto& [scenario, args, display, expected] : rows) {
+        SCOPED_TRACE(scenario);
+        const ScopedEnv displayOn("SIM_CMD_DISPLAY_BYTES", display ? "1" : nullptr);
+        const ProcessResult run = RunScenario(scenario, args);
+        EXPECT_EQ(run.exitCode, 0);
+        EXPECT_EQ(display ? run.err : run.out + run.err, expected);
+    }
+}
+
+// Threads racing to the first query of a fresh store all see one store, filled once.
+TEST(CmdLineProcess, ConcurrentFirstQueriesShareOneFilledStore) {
+    for (int round = 0; round < 20; ++round) {
+        Singleton::Finalize();
+        std::latch start(8);
+        std::vector<ZORSimCommandLineImpl*> stores(8);
+        std::vector<const ZORString*> names(8);
+        std::vector<std::jthread> threads;
+        for (int t = 0; t < 8; ++t)
+            threads.emplace_back([&, t] {
+                start.arrive_and_wait();
+                stores[t] = Singleton::Instance();
+                (t % 2 == 0 ? ZORSimCommandLine::NumArgs() : ZORSimCommandLine::NumPairs());
+                names[t] = &ZORSimCommandLine::GetPosition(0);
+            });
+        threads.clear();
+        for (int t = 1; t < 8; ++t)
+            EXPECT_TRUE(stores[t] == stores[0] && names[t] == names[0]);
+    }
+}
+
+TEST(CmdLineSingleton, InstanceIsRegisteredUntilFinalize) {
+    const char* name = typeid(ZORSimCommandLineImpl).name();
+    EXPECT_TRUE(Singleton::Instance() && omi_SingletonRegistry::Instance()->Contains(name));
+    Singleton::Finalize();
+    Singleton::Finalize(); // nothing left: harmless
+    EXPECT_FALSE(omi_SingletonRegistry::Instance()->Contains(name));
+    // A mutex kept by CreateLocks serves Instance, even when no new one can be made.
+    Singleton::CreateLocks();
+    ZORBasAtiThreadingModel::FailNextForTesting(1);
+    EXPECT_NE(Singleton::Instance(), nullptr);
+    // At process end the registry and the module's last stop both reach for
+    // a live store; whichever comes second finds it gone.
+    ExpectInFreshProcess([] { Fill({"prog", "-k", "v"}); });
+}
+
+TEST(CmdLineSingletonDeathTest, MissingMutexOrStoreIsFatal) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const std::pair<void (*)(), const char*> rows[] = {
+        {[] { ZORBasAtiThreadingModel::FailNextForTesting(1), ZORSimCommandLine::NumArgs(); },
+         "m_lock != 0 \\(ZORBasAtiGlobalSingleton:70"},
+        {[] { ZORBasAtiThreadingModel::FailNextForTesting(1), Singleton::CreateLocks(); },
+         "m_lock != 0 \\(ZORBasAtiGlobalSingleton:70"},
+        {[] { mem_FailNextAllocationsForTesting(1), ZORSimCommandLine::IsMember("x"); },
+         "inst2 != 0 \\(ZORBasAtiGlobalSingleton:85"},
+    };
+    for (const auto& [run, fatal] : rows)
+        EXPECT_DEATH((Singleton::Finalize(), run()),
+                     std::string("PLXFatalError: AssertionFailed:") + fatal + "\\)\n");
+}
