@@ -1,11 +1,7 @@
 # Runs one fuzzer for a bounded time on a working copy of its seed corpus.
 file(MAKE_DIRECTORY ${CORPUS})
-if(EXISTS ${SEEDS})
-  file(GLOB seeds ${SEEDS}/*)
-  if(seeds)
-    file(COPY ${seeds} DESTINATION ${CORPUS})
-  endif()
-endif()
+file(GLOB seeds ${SEEDS}/*)
+file(COPY ${seeds} DESTINATION ${CORPUS})
 execute_process(
   COMMAND ${FUZZER} -max_total_time=${SECONDS} -timeout=10 -rss_limit_mb=2048 -print_final_stats=1 ${CORPUS}
   RESULT_VARIABLE status)
