@@ -1,22 +1,26 @@
-// Locks, the mutex factory, the singleton registry and the fatal error.
+// Locks, the singleton registry's end, the start hooks and the monitors of
+// the base, where the library's tests do not reach them.
 #include "ZORSimTestSupport.h"
 
 #include "ZORBasAti.h"
+#include "ZORBasModules.h"
 #include "ZORBasUtlIOStats.h"
 #include "bcu_ResourceMonitor.h"
 
-#include <csignal>
+#include <gmock/gmock.h>
+
+#include <chrono>
+#include <regex>
 #include <thread>
-#include <typeinfo>
 
 using namespace zorsim_test;
 
 namespace {
 
 // Four threads each bump a shared counter `rounds` times by read, yield,
-// write, every time inside lockAround(critical). The total comes out right
-// only when lockAround keeps the other threads out.
-template <class Lock> long Contend(int rounds, Lock&& lockAround) {
+// write inside lockAround: the total comes out right only when lockAround
+// keeps the other threads out.
+template <class Lock> long Contend(int rounds, Lock lockAround) {
     long counter = 0;
     std::vector<std::thread> threads;
     for (int t = 0; t < 4; ++t)
@@ -33,7 +37,7 @@ template <class Lock> long Contend(int rounds, Lock&& lockAround) {
     return counter;
 }
 
-TEST(BaseThreadingModel, MutexSerialisesContendingThreadsAndInjectedFailuresGiveNull) {
+TEST(BaseLocks, MutexAndRecursiveGlobalLockExcludeOtherThreads) {
     ZORBasAtiMutex* mutex = ZORBasAtiThreadingModel::newMutex();
     ASSERT_NE(mutex, nullptr);
     EXPECT_EQ(Contend(20000,
@@ -44,17 +48,6 @@ TEST(BaseThreadingModel, MutexSerialisesContendingThreadsAndInjectedFailuresGive
                       }),
               4 * 20000);
     ZORBasAtiThreadingModel::deleteMutex(mutex);
-    ZORBasAtiThreadingModel::deleteMutex(nullptr); // null is accepted
-
-    ZORBasAtiThreadingModel::FailNextForTesting(2);
-    EXPECT_EQ(ZORBasAtiThreadingModel::newMutex(), nullptr);
-    EXPECT_EQ(ZORBasAtiThreadingModel::newMutex(), nullptr);
-    mutex = ZORBasAtiThreadingModel::newMutex();
-    EXPECT_NE(mutex, nullptr);
-    ZORBasAtiThreadingModel::deleteMutex(mutex);
-}
-
-TEST(BaseGlobalLock, IsRecursiveAndExcludesOtherThreads) {
     EXPECT_EQ(Contend(5000,
                       [](auto&& critical) {
                           ZORBasAtiGlobalLock::Guard outer;
@@ -62,37 +55,6 @@ TEST(BaseGlobalLock, IsRecursiveAndExcludesOtherThreads) {
                           critical();
                       }),
               4 * 5000);
-}
-
-TEST(BaseSingletonRegistry, AddContainsRemoveCount) {
-    omi_SingletonRegistry* registry = omi_SingletonRegistry::Instance();
-    ASSERT_NE(registry, nullptr);
-    const int before = registry->Count();
-    static int destroyed = 0;
-    const auto destroy = [](void*) { ++destroyed; };
-    int objectA = 0;
-    int objectB = 0;
-    registry->Add("zorbas-test-A", &objectA, destroy);
-    registry->Add("zorbas-test-B", &objectB, destroy);
-    registry->Add("zorbas-test-null", nullptr, destroy); // nothing to keep
-    EXPECT_EQ(registry->Count(), before + 2);
-    EXPECT_TRUE(registry->Contains("zorbas-test-A"));
-    EXPECT_FALSE(registry->Contains("zorbas-test-null"));
-    EXPECT_FALSE(registry->Contains(nullptr));
-    EXPECT_TRUE(registry->Remove(&objectA));
-    EXPECT_FALSE(registry->Remove(&objectA));
-    EXPECT_FALSE(registry->Contains("zorbas-test-A"));
-    EXPECT_TRUE(registry->Remove(&objectB));
-    EXPECT_EQ(registry->Count(), before);
-    EXPECT_EQ(destroyed, 0); // Remove forgets, it does not destroy
-}
-
-TEST(BaseSingletonRegistry, SingletonsAreSharedAndRegistered) {
-    EXPECT_EQ(&omi_Singleton<bcu_ResourceMonitor>::Instance(),
-              &omi_Singleton<bcu_ResourceMonitor>::Instance());
-    EXPECT_EQ(&omi_Singleton<ZORBasUtlIOStats>::Instance(), &omi_Singleton<ZORBasUtlIOStats>::Instance());
-    EXPECT_TRUE(omi_SingletonRegistry::Instance()->Contains(typeid(bcu_ResourceMonitor).name()));
-    EXPECT_TRUE(omi_SingletonRegistry::Instance()->Contains(typeid(ZORBasUtlIOStats).name()));
 }
 
 // At process end the registry destroys what it holds, newest first, and is
@@ -112,17 +74,87 @@ TEST(BaseSingletonRegistry, DestroysNewestFirstAtProcessEnd) {
         "destroyed newer, registry gone\ndestroyed older, registry gone\n");
 }
 
-TEST(BaseEnv, GetEnvReadsTheEnvironmentAndTakesNoNull) {
-    ScopedEnv set("ZORBAS_TEST_GETENV", "value");
-    EXPECT_STREQ(ZORBasGetEnv("ZORBAS_TEST_GETENV"), "value");
-    EXPECT_EQ(ZORBasGetEnv(nullptr), nullptr);
+// Each base library counts its own starts: only the first start and the
+// last stop move the caller's tally (the library nests none).
+TEST(BaseModules, OnlyTheFirstStartAndTheLastStopMoveTheTally) {
+    int tally = 0;
+    ZORBasShared_initialize(tally);
+    ZORBasShared_initialize(tally);
+    ZORBasShared_finalize(tally);
+    EXPECT_EQ(tally, 1);
+    ZORBasShared_finalize(tally);
+    EXPECT_EQ(tally, 0);
 }
 
-TEST(BasePLXFatalErrorDeathTest, PrintsTextSourceAndLineThenAborts) {
-    EXPECT_EXIT(PLXFatalError("AssertionFailed:m_lock != 0", "ZORBasAtiGlobalSingleton", 70),
-                ::testing::KilledBySignal(SIGABRT),
-                "PLXFatalError: AssertionFailed:m_lock != 0 \\(ZORBasAtiGlobalSingleton:70\\)");
-    EXPECT_DEATH(PLXFatalError(nullptr, nullptr, 0), "PLXFatalError: \\(null\\) \\(\\(null\\):0\\)");
+using Stats = ZORBasUtlIOFileStats;
+
+// One record per name, shared by every open of it.
+TEST(BaseIOStats, OneRecordPerName) {
+    ZORBasUtlIOStats stats;
+    auto a = stats.usefile_Open(ZORString("a.dat"));
+    EXPECT_EQ(stats.usefile_Open(ZORString("a.dat")), a);
+    for (int i = 0; i < 3; ++i) // once more than opened: no harm
+        stats.usefile_Close(a);
+    EXPECT_FALSE(a->IsOpen());
+    EXPECT_EQ(stats.usefile_Open(ZORString("a.dat")), a); // reopened: the same record
+    EXPECT_EQ(a->Opens(), 3);
+}
+
+// "timer label starts running|stopped;" for each row.
+std::string Rows(const bcu_ResourceMonitor& monitor) {
+    std::string out;
+    for (const auto& row : monitor.Timers())
+        out += std::to_string(row.timer) + " " + row.label + " " + std::to_string(row.starts) +
+               (row.running ? " running;" : " stopped;");
+    return out;
+}
+
+TEST(BaseResourceMonitor, TimersAddUpCompletedRunsAndIgnoreRepeatedCalls) {
+    bcu_ResourceMonitor monitor;
+    monitor.StopTimer(9);  // never started: makes no row
+    monitor.StartTimer(1); // never labelled: still counted
+    monitor.StartTimer(1); // already running: ignored
+    EXPECT_EQ(Rows(monitor), "1  1 running;");
+    EXPECT_EQ(monitor.Timers()[0].wallSeconds, 0.0); // only completed runs count
+    monitor.IniTimer(1, "load");
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    monitor.StopTimer(1);
+    monitor.StopTimer(1); // already stopped: ignored
+    const double first = monitor.Timers()[0].wallSeconds;
+    EXPECT_GT(first, 0.0);
+    monitor.StartTimer(1);
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    monitor.StopTimer(1);
+    EXPECT_EQ(Rows(monitor), "1 load 2 stopped;"); // labelling kept it running
+    EXPECT_GT(monitor.Timers()[0].wallSeconds, first);
+}
+
+// The process-wide monitor writes its table to standard error when the
+// process ends, if SIM_RESOURCE_MONITOR is set then: rows in timer order, the
+// label column as wide as the longest label, numbers right-aligned under
+// their headings.
+TEST(BaseResourceMonitor, ReportsAnAlignedTableAtProcessEndOnlyWhenSwitchedOn) {
+    const std::string number = "  [ 0-9]{5}\\.[0-9]{6}";
+    const std::regex table(
+        "Resource monitor: run \\(7\\)\n Timer  Label {20}Starts {8}Wall s {9}CPU s\n {5}2  io {17} "
+        "{11}1" +
+        number + number + "\n {4}12  a much longer label {11}1" + number + number +
+        "  running\nMarks:\n[ 0-9]{5}\\.[0-9]{6} s  checkpoint\n");
+    for (const char* value : {"1", static_cast<const char*>(nullptr)})
+        ExpectInFreshProcess(
+            [value] {
+                SetEnv("SIM_RESOURCE_MONITOR", value);
+                bcu_ResourceMonitor& monitor = omi_Singleton<bcu_ResourceMonitor>::Instance();
+                monitor.Initialize("run", 7);
+                monitor.IniTimer(12, "a much longer label");
+                monitor.IniTimer(2, "io");
+                monitor.StartTimer(2);
+                monitor.StopTimer(2);
+                monitor.StartTimer(12); // left running
+                monitor.Mark("checkpoint");
+            },
+            ::testing::Truly(
+                [&](const std::string& out) { return std::regex_search(out, table) == (value != nullptr); }));
 }
 
 } // namespace
