@@ -132,7 +132,8 @@ TEST(OSFileTemporary, StillOpenAtProcessEndAreRemoved) {
             static const TempDir dir(true);
             // Runs after the library's own clean-up, which is set up later.
             std::atexit([] { std::fputs(Exists(dir / "SimTemp.1.tmp") ? "left\n" : "removed\n", stderr); });
-            (new ZORSimUttOSFile)->CreateTemporary(dir.Path()); // never closed
+            static ZORSimUttOSFile* const file = new ZORSimUttOSFile; // never closed, still reachable
+            file->CreateTemporary(dir.Path());
             EXPECT_TRUE(Exists(dir / "SimTemp.1.tmp"));
         },
         "^removed\n$");
