@@ -14,24 +14,12 @@ namespace {
 // Characters worth combining: the wildcards, dots, letters in two cases
 // (ASCII, Latin-1, Greek with its final sigma), and a few plain ones; each
 // as UTF-8 and as the character.
-const std::pair<const char*, char32_t> kAlphabet[] = {{"*", U'*'},
-                                                      {"?", U'?'},
-                                                      {".", U'.'},
-                                                      {".", U'.'},
-                                                      {"a", U'a'},
-                                                      {"A", U'A'},
-                                                      {"b", U'b'},
-                                                      {"B", U'B'},
-                                                      {"\xC3\xA9", U'\u00E9'},
-                                                      {"\xC3\x89", U'\u00C9'},
-                                                      {"\xCF\x83", U'\u03C3'},
-                                                      {"\xCF\x82", U'\u03C2'},
-                                                      {"\xCE\xA3", U'\u03A3'},
-                                                      {"[", U'['},
-                                                      {"~", U'~'},
-                                                      {" ", U' '},
-                                                      {"1", U'1'},
-                                                      {"\xE2\x82\xAC", U'\u20AC'}};
+// clang-format off
+const std::pair<const char*, char32_t> kAlphabet[] = {
+    {"*", U'*'}, {"?", U'?'}, {".", U'.'}, {".", U'.'}, {"a", U'a'}, {"A", U'A'}, {"b", U'b'}, {"B", U'B'},
+    {"\xC3\xA9", U'\u00E9'}, {"\xC3\x89", U'\u00C9'}, {"\xCF\x83", U'\u03C3'}, {"\xCF\x82", U'\u03C2'},
+    {"\xCE\xA3", U'\u03A3'}, {"[", U'['}, {"~", U'~'}, {" ", U' '}, {"1", U'1'}, {"\xE2\x82\xAC", U'\u20AC'}};
+// clang-format on
 
 struct Reference {
     std::u32string p, n;

@@ -105,7 +105,9 @@ TEST(Wildcard, MatchesAsTheWindowsFindCallsDo) {
         // wildcard also the end, trailing dots dropped, a lone star before a
         // dot not the last dot.
         {"*.tmp", {"a.b.tmp"}, {"a.tmpx"}}, {"a?.txt", {"a.txt", "ab.txt"}, {"abc.txt"}},
-        {"name.*", {"name", "name."}, {"namex"}}, {"*.", {"Makefile"}, {"a.txt"}}, {"*.?", {"a.b", "ab"}, {"a.bc"}},
+        {"name.*", {"name", "name."}, {"namex"}}, {"*.", {"Makefile"}, {"a.txt"}},
+        {"*.?", {"abc.d", "abc"}, {"abc.de", ".ab"}}, {"*.??", {"a.b.cd"}, {"10.txt"}},
+        {"*.???", {"notes.txt"}, {"data.json"}}, {"*.t*", {"a.txt.bak"}, {}}, {"*1.*", {"a1.b.c"}, {}},
         // Everything else is plain, and only long names count; bytes that are
         // no UTF-8 stand for themselves.
         {"[ab]", {"[AB]"}, {"a"}}, {"~!;=+'^& {1}", {"~!;=+'^& {1}"}, {}}, {"PAGE~1.HTM", {}, {"page.html"}},
