@@ -20,6 +20,14 @@
 #    define ZORBAS_INSTANTIATION_API
 #endif
 
+// Thread-local data read on every OS transfer: the initial-exec model (one
+// load off the thread pointer) where the object format has it.
+#if defined(__ELF__)
+#    define ZORBAS_FAST_TLS __attribute__((tls_model("initial-exec")))
+#else
+#    define ZORBAS_FAST_TLS
+#endif
+
 // printf-style argument checking; MinGW GCC's plain printf check is the
 // Microsoft one, which does not know the C99 formats.
 #if defined(__MINGW32__) && !defined(__clang__)

@@ -37,7 +37,7 @@ private:
     struct Counters {
         std::atomic<unsigned long long> bytes{0};
         std::atomic<unsigned long long> calls{0};
-        std::atomic<unsigned long long> nanoseconds{0};
+        std::atomic<unsigned long long> ticks{0}; // of the base's transfer clock
     };
     ZORString m_name;
     Counters m_counters[3];

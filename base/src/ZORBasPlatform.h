@@ -19,6 +19,13 @@ bool LocaleToUTF8(const char* text, std::size_t size, std::string& utf8);
 // CPU time of the whole process (all threads), in seconds.
 double ProcessCpuSeconds();
 
+// The cheapest monotonic clock that still times one OS call: ticks of the
+// processor's invariant time-stamp counter where there is one (the
+// performance counter on Windows), else nanoseconds.
+unsigned long long Ticks();
+// The length of one tick in seconds.
+double SecondsPerTick();
+
 // The system's text for an OS error code (errno, or GetLastError on Windows).
 std::string SystemErrorText(int code);
 

@@ -1,9 +1,9 @@
 // Per-file I/O statistics.
 #include "ZORBasUtlIOStats.h"
 
+#include "ZORBasPlatform.h"
 #include "omi_SingletonImpl.h"
 
-#include <chrono>
 #include <map>
 #include <mutex>
 
@@ -11,18 +11,16 @@ template class ZORBAS_INSTANTIATION_API omi_Singleton<ZORBasUtlIOStats>;
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
 bool ValidKind(int kind) {
     return kind == ZORBasUtlIOFileStats::kRead || kind == ZORBasUtlIOFileStats::kWrite;
 }
 
-// Start times of the calling thread's transfer in progress, one per kind.
+// Start ticks of the calling thread's transfer in progress, one per kind.
 struct ThreadTimer {
-    Clock::time_point start[3];
+    unsigned long long start[3];
     bool started[3];
 };
-thread_local ThreadTimer t_timer{};
+ZORBAS_FAST_TLS thread_local ThreadTimer t_timer{};
 
 } // namespace
 
@@ -37,7 +35,8 @@ ZORBasUtlIOFileStats::Totals ZORBasUtlIOFileStats::Get(int kind) const {
     Totals totals;
     totals.bytes = counters.bytes.load(std::memory_order_relaxed);
     totals.calls = counters.calls.load(std::memory_order_relaxed);
-    totals.seconds = static_cast<double>(counters.nanoseconds.load(std::memory_order_relaxed)) * 1e-9;
+    totals.seconds =
+        static_cast<double>(counters.ticks.load(std::memory_order_relaxed)) * zorbas_os::SecondsPerTick();
     return totals;
 }
 
@@ -91,7 +90,7 @@ void ZORBasUtlIOStats::StartTimer(int kind) {
     if (!ValidKind(kind))
         return;
     ThreadTimer& timer = t_timer;
-    timer.start[kind] = Clock::now();
+    timer.start[kind] = zorbas_os::Ticks();
     timer.started[kind] = true;
 }
 
@@ -99,11 +98,10 @@ void ZORBasUtlIOStats::StopTimer(unsigned long long bytes, int kind,
                                  const ZORBasSharedPtr<ZORBasUtlIOFileStats>& stats) {
     if (!ValidKind(kind))
         return;
-    long long nanoseconds = 0;
+    unsigned long long ticks = 0;
     ThreadTimer& timer = t_timer;
     if (timer.started[kind]) {
-        nanoseconds =
-            std::chrono::duration_cast<std::chrono::nanoseconds>(Clock::now() - timer.start[kind]).count();
+        ticks = zorbas_os::Ticks() - timer.start[kind];
         timer.started[kind] = false;
     }
     if (!stats)
@@ -111,8 +109,7 @@ void ZORBasUtlIOStats::StopTimer(unsigned long long bytes, int kind,
     ZORBasUtlIOFileStats::Counters& counters = stats->m_counters[kind];
     counters.bytes.fetch_add(bytes, std::memory_order_relaxed);
     counters.calls.fetch_add(1, std::memory_order_relaxed);
-    counters.nanoseconds.fetch_add(static_cast<unsigned long long>(nanoseconds > 0 ? nanoseconds : 0),
-                                   std::memory_order_relaxed);
+    counters.ticks.fetch_add(ticks, std::memory_order_relaxed);
 }
 
 std::vector<ZORBasSharedPtr<ZORBasUtlIOFileStats>> ZORBasUtlIOStats::Files() const {

@@ -4,6 +4,10 @@
 #include <cerrno>
 #include <cstring>
 #include <ctime>
+#if defined(__x86_64__)
+#    include <cpuid.h>
+#    include <x86intrin.h>
+#endif
 #include <iconv.h>
 #include <langinfo.h>
 
@@ -84,6 +88,58 @@ std::string SystemErrorText(int code) {
     char buffer[256];
     // The GNU strerror_r returns its text, which need not be in the buffer.
     return std::string(strerror_r(code, buffer, sizeof buffer));
+}
+
+namespace {
+
+// An invariant counter runs at one rate whatever the core, its frequency or
+// sleep state; without one, ticks are the monotonic clock's nanoseconds.
+bool HasInvariantTsc() {
+#if defined(__x86_64__)
+    unsigned int eax = 0, ebx = 0, ecx = 0, edx = 0;
+    __cpuid(0x80000000u, eax, ebx, ecx, edx);
+    if (eax < 0x80000007u)
+        return false;
+    __cpuid(0x80000007u, eax, ebx, ecx, edx);
+    return (edx & (1u << 8)) != 0;
+#else
+    return false;
+#endif
+}
+const bool g_tsc = HasInvariantTsc();
+
+unsigned long long MonotonicNanoseconds() {
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return static_cast<unsigned long long>(now.tv_sec) * 1000000000ull +
+           static_cast<unsigned long long>(now.tv_nsec);
+}
+
+// Both clocks read at load, for the counter's rate.
+const unsigned long long g_loadTicks = Ticks();
+const unsigned long long g_loadNanoseconds = MonotonicNanoseconds();
+
+} // namespace
+
+unsigned long long Ticks() {
+#if defined(__x86_64__)
+    if (g_tsc)
+        return __rdtsc();
+#endif
+    return MonotonicNanoseconds();
+}
+
+// The counter's rate measured against the monotonic clock since load, over
+// at least 10 ms so that the two readings' own cost does not count.
+double SecondsPerTick() {
+    if (!g_tsc)
+        return 1e-9;
+    unsigned long long nanoseconds = 0, ticks = 0;
+    do {
+        nanoseconds = MonotonicNanoseconds() - g_loadNanoseconds;
+        ticks = Ticks() - g_loadTicks;
+    } while (nanoseconds < 10000000ull);
+    return ticks == 0 ? 1e-9 : static_cast<double>(nanoseconds) * 1e-9 / static_cast<double>(ticks);
 }
 
 } // namespace zorbas_os

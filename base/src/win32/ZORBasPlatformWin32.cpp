@@ -69,4 +69,16 @@ std::string SystemErrorText(int code) {
     return utf8;
 }
 
+unsigned long long Ticks() {
+    LARGE_INTEGER now;
+    QueryPerformanceCounter(&now);
+    return static_cast<unsigned long long>(now.QuadPart);
+}
+
+double SecondsPerTick() {
+    LARGE_INTEGER frequency;
+    QueryPerformanceFrequency(&frequency);
+    return 1.0 / static_cast<double>(frequency.QuadPart);
+}
+
 } // namespace zorbas_os
