@@ -39,8 +39,9 @@ TEST_F(OSFile, FourOpensAndTheirFailures) {
                                                          {&ZORSimUttOSFile::OpenUpdate, false, "XYcdef"},
                                                          {&ZORSimUttOSFile::OpenWrite, false, "XY"},
                                                          {&ZORSimUttOSFile::OpenAppend, false, "abcdefXY"}};
-    const std::string name = m_dir / "f", missing = m_dir / "missing";
-    for (const auto& [open, readOnly, written] : opens) {
+    const std::string name = m_dir / "f", missing = m_dir / "missing", shown = OsName(missing).c_str();
+    for (const auto& [openOf, readOnly, written] : opens) {
+        const Open open = openOf; // a lambda may not capture a binding before clang 16
         WriteBytes(name, "abcdef");
         ZORSimUttOSFile file;
         // A missing directory is "path not found", never "no such file".
@@ -63,13 +64,13 @@ TEST_F(OSFile, FourOpensAndTheirFailures) {
         StderrCapture capture;
         if (open == &ZORSimUttOSFile::OpenRead || open == &ZORSimUttOSFile::OpenUpdate) {
             const auto e = Raised<ZORSimExcNoSuchFile>([&] { (file.*open)(missing); });
-            EXPECT_STREQ(missing.c_str(), e ? e->GetFile_name().AsString() : "");
+            EXPECT_STREQ(shown.c_str(), e ? e->GetFile_name().AsString() : "");
         } else {
             (file.*open)(missing);
             file.Close();
             std::remove(missing.c_str());
         }
-        EXPECT_EQ(readOnly ? "!!! Throwing ZORSimExcNoSuchFile:\n!!!  " + missing + "\n" : "",
+        EXPECT_EQ(readOnly ? "!!! Throwing ZORSimExcNoSuchFile:\n!!!  " + shown + "\n" : "",
                   capture.Finish());
     }
     // Appending has no not-found branch. A failed open forgets the handle
@@ -103,7 +104,7 @@ TEST_F(OSFile, GeneratedAndTemporaryFiles) {
                       Error::AccessDenied);
     ZORSimUttOSFault::Arm(Service::CreateFile, Error::FileNotFound);
     const auto e = Raised<ZORSimExcNoSuchFile>([&] { file.CreateGenerated(m_dir / "g", ".dat", false); });
-    EXPECT_STREQ((m_dir / "g.1.dat").c_str(), e ? e->GetFile_name().AsString() : "");
+    EXPECT_STREQ(OsName(m_dir / "g.1.dat").c_str(), e ? e->GetFile_name().AsString() : "");
     StderrCapture quiet;
     ExpectSystemError([&] { file.CreateGenerated(m_dir / "none/g", ".dat", false); }, Service::FindFirstFile,
                       Error::PathNotFound);
@@ -144,7 +145,7 @@ TEST_F(OSFile, TransfersSeeksAndTheOneSidedPositionOfTruncate) {
     m_file.Seek(3);
     m_file.Seek(3);
     ExpectSystemError([&] { m_file.Seek(4); }, Service::SetFilePointer, Error::InvalidArgument);
-    ExpectSystemError([&] { m_file.Seek(1ull << 63); }, Service::SetFilePointer, Error::InvalidArgument);
+    ExpectSystemError([&] { m_file.Seek(1ull << 63); }, Service::SetFilePointer, Error::NegativeSeek);
     // Truncation raises the cached position but never lowers it: the OS
     // pointer stands at 5, the cached one at 20, so the seek to 20 is
     // skipped and the write lands at 5.
@@ -213,7 +214,7 @@ TEST_F(OSFile, EveryOSFailureRaisesItsClass) {
 
 TEST(OSFileDevice, WritesToAFullDiskRaiseDiskFull) {
     if (FullDiskPath().empty())
-        GTEST_SKIP() << "no device that is always full here";
+        GTEST_SKIP() << "no full disk here (under Wine: mounting a small tmpfs needs root)";
     ZORSimUttOSFile device;
     device.OpenWrite(FullDiskPath());
     Raised<ZORSimExcDiskFull>([&] { device.WriteAll("abc", 3); });
@@ -235,7 +236,7 @@ TEST_F(OSFile, PositionedTransfersExcludeEachOtherAndLocksExcludeOtherOpens) {
     threads.clear();
     EXPECT_EQ(0, mismatches.load());
     ASSERT_TRUE(m_file.Lock());
-    ZORSimUttOSFile().OpenUpdate(m_path); // closing another open of the file keeps the lock
+    ZORSimUttOSFile().OpenRead(m_path); // closing another open of the file keeps the lock
     std::atomic<bool> granted{false};
     std::jthread waiter([&] {
         ZORSimUttOSFile second;

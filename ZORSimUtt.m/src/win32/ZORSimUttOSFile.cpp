@@ -36,8 +36,11 @@ OpenArguments ArgumentsOf(FileOpenKind kind) {
     return {GENERIC_READ, kShareAll, OPEN_EXISTING, kRandom};
 }
 
+// No file is the null handle, which every call refuses as invalid.
+// (INVALID_HANDLE_VALUE would not do: it is also the handle of the current
+// process, which CloseHandle closes without complaint.)
 HANDLE Os(FileHandle handle) {
-    return handle != nullptr ? static_cast<HANDLE>(handle) : INVALID_HANDLE_VALUE;
+    return static_cast<HANDLE>(handle);
 }
 
 } // namespace
