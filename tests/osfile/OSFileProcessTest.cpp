@@ -27,24 +27,35 @@ const bool g_cleanEnvironment = [] {
 constexpr int kRounds = 300;
 
 // Adds one to the counter in file args[1] kRounds times under the lock,
-// after a byte to file args[2] says it is about to start; the exit code
-// counts refusals.
+// after a file generated from args[2] says it is about to start (the names
+// the children take at once go to the next number); the exit code counts
+// refusals. An update open refuses other writers, so each round opens the
+// counter anew; the lock is taken through a read-only open, which does not.
 ZORSIM_SCENARIO(LockedIncrements) {
-    ZORSimUttOSFile file, ready;
-    file.OpenUpdate(args.at(1));
-    ready.OpenAppend(args.at(2));
-    ready.WriteAll("r", 1);
+    ZORSimUttOSFile lock;
+    lock.OpenRead(args.at(1));
+    ZORSimUttOSFile().CreateGenerated(args.at(2), ".ready", false);
     int refused = 0;
     for (int round = 0; round < kRounds; ++round) {
-        refused += file.Lock() ? 0 : 1;
+        refused += lock.Lock() ? 0 : 1;
+        ZORSimUttOSFile file;
+        file.OpenUpdate(args.at(1));
         long value = 0;
         file.ReadAtomic(0, reinterpret_cast<char*>(&value), sizeof value);
         ++value;
         std::this_thread::yield(); // invites the others into the gap the lock closes
         file.WriteAtomic(0, reinterpret_cast<const char*>(&value), sizeof value);
-        file.Unlock();
+        file.Close();
+        lock.Unlock();
     }
     return refused;
+}
+
+// A temporary file still open when the process ends.
+ZORSIM_SCENARIO(TemporaryLeftOpen) {
+    static ZORSimUttOSFile* const file = new ZORSimUttOSFile; // never closed, still reachable
+    file->CreateTemporary(args.at(1));
+    return Exists(args.at(1) + "/SimTemp.1.tmp") ? 0 : 1;
 }
 
 } // namespace
@@ -109,7 +120,7 @@ TEST(OSFileTemporary, DirectoryCandidatesInOrder) {
         {"file", "", "c", "c"},
         {nullptr, nullptr, "missing", "."}};
     for (const auto& [tmpdir, temp, tmp, expected] : cases)
-        ExpectInFreshProcess([&] {
+        ExpectInFreshProcess([&, tmpdir = tmpdir, temp = temp, tmp = tmp, expected = expected] {
             TempDir dir;
             for (const char* name : {"a/", "b/", "c/", "file"})
                 name[1] == '/' ? dir.Dir(name) : dir.File(name);
@@ -127,31 +138,24 @@ TEST(OSFileTemporary, DirectoryCandidatesInOrder) {
 }
 
 TEST(OSFileTemporary, StillOpenAtProcessEndAreRemoved) {
-    ExpectInFreshProcess(
-        [] {
-            static const TempDir dir(true);
-            // Runs after the library's own clean-up, which is set up later.
-            std::atexit([] { std::fputs(Exists(dir / "SimTemp.1.tmp") ? "left\n" : "removed\n", stderr); });
-            static ZORSimUttOSFile* const file = new ZORSimUttOSFile; // never closed, still reachable
-            file->CreateTemporary(dir.Path());
-            EXPECT_TRUE(Exists(dir / "SimTemp.1.tmp"));
-        },
-        "^removed\n$");
+    const TempDir dir;
+    EXPECT_EQ(0, RunScenario("TemporaryLeftOpen", {"child", dir.Path()}).exitCode);
+    EXPECT_FALSE(Exists(dir / "SimTemp.1.tmp"));
 }
 
 TEST(OSFileLock, ProcessesTakingTheLockLoseNoUpdate) {
     constexpr int kProcesses = 4;
     TempDir dir;
-    const std::string counter = dir.File("counter", std::string(sizeof(long), '\0')),
-                      ready = dir.File("ready");
+    const std::string counter = dir.File("counter", std::string(sizeof(long), '\0'));
     // Held until every child is about to take it, so that they queue up on it.
     ZORSimUttOSFile gate;
-    gate.OpenUpdate(counter);
+    gate.OpenRead(counter);
     ASSERT_TRUE(gate.Lock());
     std::vector<Process> children;
     for (int p = 0; p < kProcesses; ++p)
-        children.push_back(StartScenario("LockedIncrements", {"child", counter, ready}));
-    for (int wait = 0; wait < 1000 && ReadBytes(ready).size() < kProcesses; ++wait)
+        children.push_back(StartScenario("LockedIncrements", {"child", counter, dir / "child"}));
+    for (int wait = 0; wait < 1000 && !Exists(dir / ("child." + std::to_string(kProcesses) + ".ready"));
+         ++wait)
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     gate.Unlock();
     for (Process& child : children) {
