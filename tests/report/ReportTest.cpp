@@ -187,6 +187,10 @@ std::vector<std::vector<std::string>> Traces(const std::string& out) {
             std::string frame = line; // without the "()" that some symbolizers add
             for (std::size_t at; (at = frame.find("()")) != std::string::npos;)
                 frame.erase(at, 2);
+            // and with its file in one form, whichever the symbolizer gives
+            const std::size_t in = frame.find(" in "), colon = frame.rfind(':');
+            if (in != std::string::npos && colon != std::string::npos && colon > in + 4)
+                frame.replace(in + 4, colon - in - 4, GenericPath(frame.substr(in + 4, colon - in - 4)));
             traces.back().push_back(frame);
         } else if ((inTrace = line == "!!! TRACEBACK:"))
             traces.emplace_back();
@@ -233,8 +237,8 @@ TEST(ReportTrace, FramesNameCallerFileAndLineAndStopAtMain) {
             EXPECT_EQ(out[0], out[1]);
             const std::vector<std::string> frames = Frames(out[0]);
             ASSERT_GT(frames.size(), c.callerAt) << out[0];
-            EXPECT_EQ("!!!   zorsim_report_test::" + std::string(c.function) + " in " + __FILE__ + ":" +
-                          std::to_string(g_callLine),
+            EXPECT_EQ("!!!   zorsim_report_test::" + std::string(c.function) + " in " +
+                          GenericPath(__FILE__) + ":" + std::to_string(g_callLine),
                       frames[c.callerAt]);
         }
 
@@ -249,7 +253,7 @@ TEST(ReportTrace, FramesNameCallerFileAndLineAndStopAtMain) {
         EXPECT_THROW(raise(&file, &line), ZORSimExcNoSuchForm);
         const std::vector<std::string> frames = Frames(capture.Finish());
         ASSERT_GE(frames.size(), 2u);
-        EXPECT_EQ(std::string("!!!   zorsim_report_plugin_raise in ") + file + ":" + std::to_string(line),
+        EXPECT_EQ("!!!   zorsim_report_plugin_raise in " + GenericPath(file) + ":" + std::to_string(line),
                   frames[1]);
     });
 }

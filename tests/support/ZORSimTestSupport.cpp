@@ -114,6 +114,11 @@ bool Exists(const std::string& path) {
     return fs::exists(fs::symlink_status(Native(path), ignored));
 }
 
+std::string GenericPath(const std::string& path) {
+    const std::u8string text = fs::absolute(Native(path)).generic_u8string();
+    return std::string(text.begin(), text.end());
+}
+
 std::string Drain(std::FILE* file) {
     std::string text;
     std::fflush(file);

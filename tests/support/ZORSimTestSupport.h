@@ -120,6 +120,9 @@ private:
 void WriteBytes(const std::string& path, const std::string& bytes);
 std::string ReadBytes(const std::string& path);
 bool Exists(const std::string& path); // a link counts, whatever it points to
+// Absolute, with '/' between names: one form for paths the OS gives in its
+// own (Windows' symbol handler names source files so).
+std::string GenericPath(const std::string& path);
 
 // A file that every write fails as on a full disk; "" where there is none.
 std::string FullDiskPath();

@@ -45,6 +45,16 @@ std::wstring Quoted(const std::wstring& arg) {
     return quoted + L"\"";
 }
 
+// Line ends as the tests write them: a program other than the scenario
+// children writes its standard streams in text mode, with CR LF.
+std::string WithoutCR(const std::string& text) {
+    std::string out;
+    for (std::size_t i = 0; i < text.size(); ++i)
+        if (text[i] != '\r' || i + 1 == text.size() || text[i + 1] != '\n')
+            out += text[i];
+    return out;
+}
+
 } // namespace
 
 std::string Drain(std::FILE* file);
@@ -125,8 +135,8 @@ ProcessResult Process::Wait() {
     }
     std::fclose(m_impl->files[0]);
     m_impl->files[0] = nullptr;
-    result.out = Drain(m_impl->files[1]);
-    result.err = Drain(m_impl->files[2]);
+    result.out = WithoutCR(Drain(m_impl->files[1]));
+    result.err = WithoutCR(Drain(m_impl->files[2]));
     return result;
 }
 
@@ -136,8 +146,22 @@ std::string SelfPath() {
     return Narrow(path);
 }
 
+// Under Wine, run as root: a small tmpfs, mounted and filled here and
+// unmounted at process end. Wine starts Unix programs (its drive Z: is the
+// root) but cannot wait for them: the script leaves a mark when done.
 std::string FullDiskPath() {
-    return ""; // no device is always full here
+    static const std::string mount = "/tmp/zorsim-full-" + std::to_string(GetCurrentProcessId());
+    static const auto shell = [](const std::string& script) { Process("Z:/bin/sh", {"sh", "-c", script}); };
+    static const bool full = IsWine() && [] {
+        shell("mkdir " + mount + " && mount -t tmpfs -o size=1m zorsim " + mount + " && cat /dev/zero >" +
+              mount + "/fill; : >" + mount + ".done");
+        std::atexit([] { shell("umount -l " + mount + "; rm -rf " + mount + " " + mount + ".done"); });
+        for (int wait = 0; wait < 500 && !Exists("Z:" + mount + ".done"); ++wait)
+            Sleep(10);
+        ULARGE_INTEGER free{}; // none in the tmpfs, if mounting was allowed
+        return GetDiskFreeSpaceExW(Wide("Z:" + mount).c_str(), &free, nullptr, nullptr) && free.QuadPart == 0;
+    }();
+    return full ? "Z:" + mount + "/full" : "";
 }
 
 bool IsWine() {
