@@ -4,8 +4,7 @@
 #include <cstring>
 
 int main() {
-    ZORSimUttAssertDisableExcReport();
-    try {
+    try { // reported, with a trace
         ZORSimExcNoSuchFile("/data/run.1.tmp").Propagate();
     } catch (const ZORBasException& e) {
         if (e.GetCode() != 1013 ||
