@@ -17,8 +17,9 @@ ZORBAS_API void ZORBasGenericsLib_finalize(int& tally);
 ZORBAS_API void ZORBasAlloc_finalize(int& tally);
 
 // Journal of hook calls, so that the order in which modules start and stop
-// can be checked. Each entry names the hook; the journal keeps the most
-// recent 256 entries. Modules above the base record their own hooks here.
+// can be checked. Each entry names the hook (a copy of the name, at most 63
+// bytes); the journal keeps the most recent 256 entries. Modules above the
+// base record their own hooks here.
 class ZORBAS_API ZORBasHookJournal {
 public:
     static void Record(const char* hook);

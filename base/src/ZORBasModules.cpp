@@ -2,6 +2,7 @@
 #include "ZORBasModules.h"
 
 #include <atomic>
+#include <cstdio>
 #include <thread>
 
 // ---- journal ---------------------------------------------------------------------
@@ -11,8 +12,9 @@ namespace {
 constexpr int kJournalSize = 256;
 
 // Only trivially destructible storage: hooks are still recorded while the
-// process runs its static destructors and unloads libraries.
-const char* g_journal[kJournalSize];
+// process runs its static destructors and unloads libraries. The names are
+// copied: the module that recorded one may be unloaded before it is read.
+char g_journal[kJournalSize][64];
 unsigned long long g_journalTotal = 0;
 std::atomic_flag g_journalLock = ATOMIC_FLAG_INIT;
 
@@ -35,7 +37,7 @@ int KeptLocked() {
 
 void ZORBasHookJournal::Record(const char* hook) {
     JournalGuard guard;
-    g_journal[g_journalTotal % kJournalSize] = hook;
+    std::snprintf(g_journal[g_journalTotal % kJournalSize], sizeof g_journal[0], "%s", hook);
     ++g_journalTotal;
 }
 
