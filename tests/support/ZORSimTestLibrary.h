@@ -1,5 +1,5 @@
 // A shared library loaded at run time, for tests that need code mapped after
-// the process started. It stays loaded until the process ends.
+// the process started. It stays loaded until the process ends, or Unload.
 #pragma once
 
 #include <string>
@@ -37,6 +37,15 @@ public:
     // Why loading failed.
     const std::string& Error() const {
         return m_error;
+    }
+
+    // Drops this use of the library; the last one unloads it.
+    bool Unload() {
+#if defined(_WIN32)
+        return FreeLibrary(m_handle) != 0;
+#else
+        return dlclose(m_handle) == 0;
+#endif
     }
 
     // The exported function `name`, or null.

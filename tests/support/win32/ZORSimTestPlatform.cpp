@@ -8,6 +8,8 @@
 
 #include <shellapi.h>
 
+#include <regex>
+
 namespace zorsim_test {
 namespace {
 
@@ -43,16 +45,6 @@ std::wstring Quoted(const std::wstring& arg) {
             quoted += arg[i] == L'"' ? L"\\\"" : std::wstring(1, arg[i]);
     }
     return quoted + L"\"";
-}
-
-// Line ends as the tests write them: a program other than the scenario
-// children writes its standard streams in text mode, with CR LF.
-std::string WithoutCR(const std::string& text) {
-    std::string out;
-    for (std::size_t i = 0; i < text.size(); ++i)
-        if (text[i] != '\r' || i + 1 == text.size() || text[i + 1] != '\n')
-            out += text[i];
-    return out;
 }
 
 } // namespace
@@ -135,8 +127,11 @@ ProcessResult Process::Wait() {
     }
     std::fclose(m_impl->files[0]);
     m_impl->files[0] = nullptr;
-    result.out = WithoutCR(Drain(m_impl->files[1]));
-    result.err = WithoutCR(Drain(m_impl->files[2]));
+    // Line ends as the tests write them: programs other than the scenario
+    // children write their standard streams in text mode, with CR LF.
+    const std::regex crlf("\r\n");
+    result.out = std::regex_replace(Drain(m_impl->files[1]), crlf, "\n");
+    result.err = std::regex_replace(Drain(m_impl->files[2]), crlf, "\n");
     return result;
 }
 
