@@ -1,7 +1,7 @@
 # Read at the top-level project() of the Windows cross build (the windows
 # preset names it in CMAKE_PROJECT_TOP_LEVEL_INCLUDES), right after the
 # toolchain file and before anything looks for a library: cross-builds
-# expat, GoogleTest and Google Benchmark into ZORSIM_WINDOWS_DEPS_PREFIX
+# expat and GoogleTest into ZORSIM_WINDOWS_DEPS_PREFIX
 # (tools/windows/deps.sh, once per build tree and toolchain) and creates the
 # build tree's Wine prefix, so that no test discovery pays for it.
 if(NOT CMAKE_CROSSCOMPILING OR NOT CMAKE_SYSTEM_NAME STREQUAL "Windows")

@@ -8,6 +8,11 @@ cd "$root"
 
 packages=(g++ cmake ninja-build pkg-config libexpat1-dev libdw-dev googletest libgtest-dev libgmock-dev
           libbenchmark-dev clang libclang-rt-14-dev python3)
+if [ "${1:-}" = test ]; then
+  # The Windows build: MinGW-w64's posix-threads runtime under clang and lld,
+  # Debian's expat sources, and Wine to run it.
+  packages+=(g++-mingw-w64-x86-64-posix lld llvm dpkg-dev wine64 wine)
+fi
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
@@ -35,12 +40,14 @@ case "${1:-}" in
     ;;
   test)
     # Warnings are errors here, as in CI; then the same suite under ASan+UBSan
-    # and under ThreadSanitizer; then each fuzz target for a bounded time.
+    # and under ThreadSanitizer; then each fuzz target for a bounded time;
+    # then the Windows DLLs and the suite again, under Wine.
     for preset in ci asan tsan fuzz; do
       cmake --preset "$preset"
       cmake --build --preset "$preset"
       ctest --preset "$preset"
     done
+    bash tools/windows/test.sh
     ;;
   *)
     echo "usage: $0 demo|test" >&2

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Cross-builds the libraries the Windows build needs into one prefix:
 #   deps.sh PREFIX [WORKDIR]
-# expat and Google Benchmark from Debian's own source packages, GoogleTest
-# from /usr/src/googletest (package googletest), each with the project's
+# expat from Debian's own source package, GoogleTest from
+# /usr/src/googletest (package googletest), each with the project's
 # MinGW clang toolchain. Sources and build trees go to WORKDIR (default: the
 # folder that holds PREFIX). A library already built with the same
 # toolchain file and this script is not built again.
@@ -24,7 +24,7 @@ mkdir -p "$work"
 work=$(cd "$work" && pwd)
 
 # Debian packages of the toolchain and of Wine, installed when missing.
-packages=(clang lld llvm g++-mingw-w64-x86-64-posix googletest dpkg-dev cmake ninja-build wine64)
+packages=(clang lld llvm g++-mingw-w64-x86-64-posix googletest dpkg-dev cmake ninja-build wine64 wine)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
@@ -121,12 +121,5 @@ if [ "$(cat "$prefix/.expat.stamp" 2>/dev/null)" != "$stamp" ]; then
   sed -i 's/^#cmakedefine XML_DTD$/#cmakedefine XML_DTD 1/' "$expat_src/expat_config.h.cmake"
   build expat "$expat_src" -DEXPAT_SHARED_LIBS=OFF -DEXPAT_BUILD_TOOLS=OFF \
     -DEXPAT_BUILD_EXAMPLES=OFF -DEXPAT_BUILD_TESTS=OFF -DEXPAT_BUILD_DOCS=OFF
-fi
-if [ "$(cat "$prefix/.benchmark.stamp" 2>/dev/null)" != "$stamp" ]; then
-  benchmark_src=$(fetch_source benchmark)
-  # Its version comes from Git tags, which a source package has none of.
-  benchmark_version=$(dpkg-parsechangelog -l "$benchmark_src/debian/changelog" -S Version)
-  build benchmark "$benchmark_src" -DGIT_VERSION="${benchmark_version%-*}" -DBENCHMARK_ENABLE_TESTING=OFF \
-    -DBENCHMARK_ENABLE_GTEST_TESTS=OFF -DBENCHMARK_ENABLE_WERROR=OFF -DBENCHMARK_INSTALL_DOCS=OFF
 fi
 echo "=== Windows dependencies in $prefix"
