@@ -11,11 +11,8 @@
 #include <filesystem>
 
 using namespace zorsim_test;
-using ::testing::Each;
 using ::testing::ElementsAre;
-using ::testing::EndsWith;
 using ::testing::IsEmpty;
-using ::testing::Not;
 using ::testing::UnorderedElementsAre;
 using ZORSimUttFileUtils::GlobRange;
 
@@ -49,7 +46,7 @@ TEST_F(FileGlob, ListsTheMatchesJoinedToThePatternsDirectory) {
     EXPECT_THAT(Glob(d + "/.*"), ElementsAre(d + "/.hidden"));
     StderrCapture capture;
     // (Windows' own search takes dir\.. for the parent, and lists its name.)
-    EXPECT_THAT(Glob(d + "/.."), Each(Not(EndsWith("/.."))));
+    EXPECT_THAT(Glob(d + "/.."), ::testing::Each(::testing::Not(::testing::EndsWith("/.."))));
     EXPECT_THAT(Glob(d + "/empty/*"), IsEmpty());
     EXPECT_EQ(capture.Finish(), "");
     // A bare pattern lists the working directory with bare names.
