@@ -37,17 +37,9 @@ template <class Lock> long Contend(int rounds, Lock lockAround) {
     return counter;
 }
 
-TEST(BaseLocks, MutexAndRecursiveGlobalLockExcludeOtherThreads) {
-    ZORBasAtiMutex* mutex = ZORBasAtiThreadingModel::newMutex();
-    ASSERT_NE(mutex, nullptr);
-    EXPECT_EQ(Contend(20000,
-                      [&](auto&& critical) {
-                          mutex->Lock();
-                          critical();
-                          mutex->Unlock();
-                      }),
-              4 * 20000);
-    ZORBasAtiThreadingModel::deleteMutex(mutex);
+// The mutexes of the threading model are the command-line store's and the OS
+// file's tests'.
+TEST(BaseLocks, RecursiveGlobalLockExcludesOtherThreads) {
     EXPECT_EQ(Contend(5000,
                       [](auto&& critical) {
                           ZORBasAtiGlobalLock::Guard outer;

@@ -85,10 +85,8 @@ TEST(Formatter, PlaceholdersAreReplacedWholeByValuesRenderedByTheirType) {
     EXPECT_EQ(Format("<%d|%-+ #0d|%08.3f|%12s|%.s|%hhd|%hd|%lld|%Lf|%qd|%jd|%zu|%td|%I64d|%I32u|%Id|%Q>", "a",
                      "b", "c", "d", "e", "f", "g", "h", "i", "j", "k", "l", "m", "n", "o", "p", "q"),
               "<a|b|c|d|e|f|g|h|i|j|k|l|m|n|o|p|q>");
-    // Whatever the letter says.
-    EXPECT_EQ(Format("%s|%x|%f|%d", 42, 255U, 7LL, "text"), "42|255|7|text");
-    EXPECT_EQ(Format("%d %d", LLONG_MIN, ULLONG_MAX), "-9223372036854775808 18446744073709551615");
-    EXPECT_EQ(Format("%d %s %.2f", true, -0.0000004, 2.0F), "1 -0.000000 2.000000");
+    // Whatever the letter says (the catalogue's properties cover the kinds).
+    EXPECT_EQ(Format("%s|%x|%d", 255U, LLONG_MIN, -0.0000004), "255|-9223372036854775808|-0.000000");
     EXPECT_EQ(Format("%f", DBL_MAX).size(), 309u + 7u);
     EXPECT_EQ(Format("%s", static_cast<const char*>(nullptr)), "(null)");
 }
