@@ -39,11 +39,10 @@ std::vector<std::string> ExpectedArguments(const std::uint8_t* data, std::size_t
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
     ZORSimUttAssertDisableExcReport();
-    static const std::filesystem::path dir =
-        std::filesystem::temp_directory_path() / ("zorsim-fuzz-" + std::to_string(std::random_device()()));
-    std::filesystem::create_directory(dir);
-    g_path = (dir / "args.txt").string();
-    std::atexit([] { std::filesystem::remove_all(dir); });
+    g_path =
+        (std::filesystem::temp_directory_path() / ("zorsim-fuzz-" + std::to_string(std::random_device()())))
+            .string();
+    std::atexit([] { std::filesystem::remove(g_path); });
     // The reader's warnings are not under test; keep libFuzzer's output
     // readable (it and the sanitizers write to the descriptor, not here).
     if (std::FILE* quiet = std::fopen("/dev/null", "w"))

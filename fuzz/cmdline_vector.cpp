@@ -45,8 +45,7 @@ void Check(bool condition) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const bool quiet = (ZORSimUttAssertDisableExcReport(), true);
-    (void)quiet;
+    [[maybe_unused]] static const bool quiet = (ZORSimUttAssertDisableExcReport(), true);
     std::vector<std::string> args;
     const char* text = reinterpret_cast<const char*>(data);
     for (std::size_t at = 0; at <= size && args.size() < 256;) {

@@ -57,8 +57,7 @@ void CheckOne(const ZORString& path) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const bool quiet = (ZORSimUttAssertDisableExcReport(), true);
-    (void)quiet;
+    [[maybe_unused]] static const bool quiet = (ZORSimUttAssertDisableExcReport(), true);
     // Two strings: before and after the first zero byte.
     const char* text = reinterpret_cast<const char*>(data);
     const std::size_t split = std::strlen(std::string(text, size).c_str());
