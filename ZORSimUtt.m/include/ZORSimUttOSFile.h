@@ -20,8 +20,10 @@ public:
     ZORSimUttMutex(const ZORSimUttMutex&) = delete;
     ZORSimUttMutex& operator=(const ZORSimUttMutex&) = delete;
 
-    void Lock();
-    void Unlock();
+    // Inline: every positioned transfer takes and releases the mutex, and
+    // each call into another library costs as much again after a system call.
+    void Lock() { m_mutex->Lock(); }
+    void Unlock() { m_mutex->Unlock(); }
 
 private:
     ZORBasAtiMutex* m_mutex;
@@ -30,14 +32,19 @@ private:
 // Scoped lock of a ZORSimUttMutex.
 class ZORSIM_API ZORSimRpm_TidyLock {
 public:
-    explicit ZORSimRpm_TidyLock(ZORSimUttMutex& mutex);
+    explicit ZORSimRpm_TidyLock(ZORSimUttMutex& mutex) : m_mutex(&mutex) { m_mutex->Lock(); }
     // Unlocks if still held.
-    ~ZORSimRpm_TidyLock();
+    ~ZORSimRpm_TidyLock() { Unlock(); }
     ZORSimRpm_TidyLock(const ZORSimRpm_TidyLock&) = delete;
     ZORSimRpm_TidyLock& operator=(const ZORSimRpm_TidyLock&) = delete;
 
     // Unlocks if still held and forgets the mutex.
-    void Unlock();
+    void Unlock() {
+        if (m_mutex != nullptr) {
+            m_mutex->Unlock();
+            m_mutex = nullptr;
+        }
+    }
 
 private:
     ZORSimUttMutex* m_mutex;

@@ -138,29 +138,6 @@ ZORSimUttMutex::~ZORSimUttMutex() {
     ZORBasAtiThreadingModel::deleteMutex(m_mutex);
 }
 
-void ZORSimUttMutex::Lock() {
-    m_mutex->Lock();
-}
-
-void ZORSimUttMutex::Unlock() {
-    m_mutex->Unlock();
-}
-
-ZORSimRpm_TidyLock::ZORSimRpm_TidyLock(ZORSimUttMutex& mutex) : m_mutex(&mutex) {
-    m_mutex->Lock();
-}
-
-ZORSimRpm_TidyLock::~ZORSimRpm_TidyLock() {
-    Unlock();
-}
-
-void ZORSimRpm_TidyLock::Unlock() {
-    if (m_mutex != nullptr) {
-        m_mutex->Unlock();
-        m_mutex = nullptr;
-    }
-}
-
 // ---- open, create, close -----------------------------------------------------------
 
 ZORSimUttOSFile::ZORSimUttOSFile() : m_handle(nullptr), m_readOnly(true), m_position(0) {
