@@ -1,6 +1,6 @@
 /* The plain entry points of VEXZORSimContainers, for C and for other
  * languages' foreign-function interfaces. Usable from C and C++; the C++
- * headers declare the same functions.
+ * headers include this one.
  *
  * Functions that can fail return 1 on success and 0 on failure, with the
  * error's text in the caller's `buffer` of `capacity` bytes (cut to

@@ -5,6 +5,7 @@
 // directory (the working directory when there is none).
 #pragma once
 
+#include "ZORSimContainersC.h" // the plain ZORSimUttFileUtils_Glob* functions
 #include "ZORSimContainersExport.h"
 #include "ZORString.h"
 
@@ -51,22 +52,3 @@ ZORSIM_API bool IsDir(const ZORString& path);
 ZORSIM_API bool IsWriteable(const ZORString& path);
 
 } // namespace ZORSimUttFileUtils
-
-// The globbing for callers in other languages. Each returns 1 on success; on
-// failure 0, with the error's text in `buffer` (cut to capacity - 1 bytes and
-// always terminated). A null handle is an internal error that ends the
-// process with status 1.
-extern "C" {
-// Opens a range on the UTF-8 pattern and stores its handle in *handle.
-ZORSIM_API unsigned char ZORSimUttFileUtils_GlobInit(const char* pattern, void** handle,
-                                                     unsigned int capacity, char* buffer);
-ZORSIM_API unsigned char ZORSimUttFileUtils_GlobEmpty(void* handle, unsigned char* empty,
-                                                      unsigned int capacity, char* buffer);
-// The current entry as UTF-8, valid until the next call on the same handle.
-ZORSIM_API unsigned char ZORSimUttFileUtils_GlobFront(void* handle, const char** front, unsigned int capacity,
-                                                      char* buffer);
-ZORSIM_API unsigned char ZORSimUttFileUtils_GlobNext(void* handle, unsigned int capacity, char* buffer);
-// Destroys the range and frees the handle. Its result is always 0 with the
-// text "Glob Error: unknown error"; callers ignore it.
-ZORSIM_API unsigned char ZORSimUttFileUtils_GlobFree(void* handle, unsigned int capacity, char* buffer);
-}

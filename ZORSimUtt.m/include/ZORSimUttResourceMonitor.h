@@ -6,14 +6,8 @@
 
 #include "ZORSimContainersExport.h"
 
-extern "C" {
-ZORSIM_API void ZORSimUttResourceMonitorInitialize(const char* name, int value);
-ZORSIM_API void ZORSimUttResourceMonitorIniTimer(int timer, const char* label);
-ZORSIM_API void ZORSimUttResourceMonitorStartTimer(int timer);
-ZORSIM_API void ZORSimUttResourceMonitorStopTimer(int timer);
-ZORSIM_API void ZORSimUttResourceMonitorMark(const char* text);
-ZORSIM_API void ZORSimUttResourceMonitorSimMark(const char* text);
-}
+// The plain ZORSimUttResourceMonitor* functions.
+#include "ZORSimContainersC.h"
 
 class ZORSIM_API ZORSimUttResourceMonitor {
 public:
