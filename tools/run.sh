@@ -13,18 +13,7 @@ if [ "${1:-}" = test ]; then
   # Debian's expat sources, and Wine to run it.
   packages+=(g++-mingw-w64-x86-64-posix lld llvm dpkg-dev wine64 wine)
 fi
-missing=()
-for p in "${packages[@]}"; do
-  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
-done
-if ((${#missing[@]})); then
-  echo "=== installing: ${missing[*]}"
-  sudo=""
-  [ "$(id -u)" -eq 0 ] || sudo="sudo"
-  export DEBIAN_FRONTEND=noninteractive
-  $sudo apt-get update -qq
-  $sudo apt-get install -y -qq --no-install-recommends "${missing[@]}"
-fi
+bash tools/install-packages.sh "${packages[@]}"
 
 case "${1:-}" in
   demo)

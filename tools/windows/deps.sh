@@ -25,18 +25,7 @@ work=$(cd "$work" && pwd)
 
 # Debian packages of the toolchain and of Wine, installed when missing.
 packages=(clang lld llvm g++-mingw-w64-x86-64-posix googletest dpkg-dev cmake ninja-build wine64 wine)
-missing=()
-for p in "${packages[@]}"; do
-  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
-done
-if ((${#missing[@]})); then
-  echo "=== installing: ${missing[*]}"
-  sudo=""
-  [ "$(id -u)" -eq 0 ] || sudo="sudo"
-  export DEBIAN_FRONTEND=noninteractive
-  $sudo apt-get update -qq
-  $sudo apt-get install -y -qq --no-install-recommends "${missing[@]}"
-fi
+bash "$(dirname "${BASH_SOURCE[0]}")/../install-packages.sh" "${packages[@]}"
 
 # A change to the toolchain or to this script rebuilds everything.
 stamp=$(cat "$toolchain" "${BASH_SOURCE[0]}" | sha256sum | cut -c1-16)
