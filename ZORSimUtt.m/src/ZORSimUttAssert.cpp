@@ -139,19 +139,33 @@ ZORSIM_NOINLINE void PrintStackTrace(int skip) {
     std::fflush(stderr);
 }
 
+// One report at a time: a C runtime may cut a long write to standard error
+// into pieces (Windows' text mode does), and another thread's report must
+// not land between them. Recursive, as a report may raise another.
+std::recursive_mutex& ReportMutex() {
+    static std::recursive_mutex mutex;
+    return mutex;
+}
+
 } // namespace
 
 void ZORSimUttAssert::ReportAssertionFailure(const char* text) {
-    std::fprintf(stderr, "!!! THE API HAS DETECTED AN INTERNAL LOGIC ERROR.\n!!! %s\n", Printable(text));
-    PrintStackTrace(2);
+    {
+        std::lock_guard<std::recursive_mutex> whole(ReportMutex());
+        std::fprintf(stderr, "!!! THE API HAS DETECTED AN INTERNAL LOGIC ERROR.\n!!! %s\n", Printable(text));
+        PrintStackTrace(2);
+    }
     ZORBasAssertException(Printable(text)).Throw("ZORSimUttAssert", 213);
 }
 
 void ZORSimUttAssert::ReportValidationFailure(const char* text) {
-    std::fprintf(stderr,
-                 "!!! THE API HAS DETECTED AN ARGUMENT ERROR OR INCORRECT USE BY THE CLIENT.\n!!! %s\n",
-                 Printable(text));
-    PrintStackTrace(2);
+    {
+        std::lock_guard<std::recursive_mutex> whole(ReportMutex());
+        std::fprintf(stderr,
+                     "!!! THE API HAS DETECTED AN ARGUMENT ERROR OR INCORRECT USE BY THE CLIENT.\n!!! %s\n",
+                     Printable(text));
+        PrintStackTrace(2);
+    }
     // The caller's text was only for the log; the exception carries none.
     ZORSimExcValidationFailure().Throw("ZORSimUttAssert", 220);
 }
@@ -160,6 +174,7 @@ void ZORSimUttAssert::ReportException(const char* text) {
     if (g_reportsDisabled.load(std::memory_order_relaxed))
         return;
     const int mode = DecideReportMode();
+    std::lock_guard<std::recursive_mutex> whole(ReportMutex());
     // The variable only silences the trace; the banner is always written.
     std::fprintf(stderr, "!!! EXCEPTION:\n!!!   %s\n", Printable(text));
     if (mode == kBannerAndTrace)
