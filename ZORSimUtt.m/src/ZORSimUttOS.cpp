@@ -53,7 +53,7 @@ void DisarmAll() {
     g_armed.store(0, std::memory_order_release);
 }
 
-bool Take(ZORSimUttOS::Service service, int& error) {
+ZORBAS_HOT bool Take(ZORSimUttOS::Service service, int& error) {
     if (g_armed.load(std::memory_order_acquire) == 0)
         return false;
     const std::lock_guard<std::mutex> lock(g_mutex);
@@ -166,17 +166,17 @@ int CloseFile(FileHandle handle) {
     return Checked(Service::CloseHandle, [&] { return Platform::CloseFile(handle); });
 }
 
-int ReadFile(FileHandle handle, char* buffer, unsigned int size, unsigned int& moved) {
+ZORBAS_HOT int ReadFile(FileHandle handle, char* buffer, unsigned int size, unsigned int& moved) {
     moved = 0;
     return Checked(Service::ReadFile, [&] { return Platform::ReadFile(handle, buffer, size, moved); });
 }
 
-int WriteFile(FileHandle handle, const char* buffer, unsigned int size, unsigned int& moved) {
+ZORBAS_HOT int WriteFile(FileHandle handle, const char* buffer, unsigned int size, unsigned int& moved) {
     moved = 0;
     return Checked(Service::WriteFile, [&] { return Platform::WriteFile(handle, buffer, size, moved); });
 }
 
-int SetFilePointer(FileHandle handle, unsigned long long position) {
+ZORBAS_HOT int SetFilePointer(FileHandle handle, unsigned long long position) {
     return Checked(Service::SetFilePointer, [&] { return Platform::SetFilePointer(handle, position); });
 }
 

@@ -32,7 +32,7 @@ ZORString LongPathForOS(const ZORString& path) {
     return OS::OsPathForm().longPathPrefix ? ZORSimUttFilePathParser::GetLongPathNameW(path) : path;
 }
 
-ZORBasUtlIOStats& Stats() {
+ZORBAS_HOT ZORBasUtlIOStats& Stats() {
     return omi_Singleton<ZORBasUtlIOStats>::Instance();
 }
 
@@ -318,7 +318,7 @@ ZORSimUttMutex& ZORSimUttOSFile::Mutex() {
 
 // ---- transfers -----------------------------------------------------------------------
 
-unsigned long long ZORSimUttOSFile::Read(char* buffer, unsigned long long size) {
+ZORBAS_HOT unsigned long long ZORSimUttOSFile::Read(char* buffer, unsigned long long size) {
     if (size == 0)
         return 0;
     ZORBasUtlIOStats& stats = Stats();
@@ -345,14 +345,14 @@ unsigned long long ZORSimUttOSFile::Read(char* buffer, unsigned long long size) 
     }
 }
 
-unsigned long long ZORSimUttOSFile::ReadAtomic(unsigned long long offset, char* buffer,
-                                               unsigned long long size) {
+ZORBAS_HOT unsigned long long ZORSimUttOSFile::ReadAtomic(unsigned long long offset, char* buffer,
+                                                          unsigned long long size) {
     ZORSimRpm_TidyLock lock(m_mutex);
     Seek(offset);
     return Read(buffer, size);
 }
 
-void ZORSimUttOSFile::WriteAll(const char* buffer, unsigned long long size) {
+ZORBAS_HOT void ZORSimUttOSFile::WriteAll(const char* buffer, unsigned long long size) {
     if (m_readOnly)
         ZORSimExcReadOnly().Throw(kSource, __LINE__);
     // The charge stays even when the write is refused.
@@ -384,7 +384,8 @@ void ZORSimUttOSFile::WriteAll(const char* buffer, unsigned long long size) {
     }
 }
 
-void ZORSimUttOSFile::WriteAtomic(unsigned long long offset, const char* buffer, unsigned long long size) {
+ZORBAS_HOT void ZORSimUttOSFile::WriteAtomic(unsigned long long offset, const char* buffer,
+                                             unsigned long long size) {
     ZORSimRpm_TidyLock lock(m_mutex);
     Seek(offset);
     WriteAll(buffer, size);
@@ -392,7 +393,7 @@ void ZORSimUttOSFile::WriteAtomic(unsigned long long offset, const char* buffer,
 
 // ---- control ------------------------------------------------------------------------
 
-void ZORSimUttOSFile::Seek(const unsigned long long& position) {
+ZORBAS_HOT void ZORSimUttOSFile::Seek(const unsigned long long& position) {
     if (position == m_position)
         return;
     const int error = OS::SetFilePointer(m_handle, position);

@@ -45,8 +45,8 @@ namespace {
 
 class StdAtiMutex final : public ZORBasAtiMutex {
 public:
-    void Lock() override { m_mutex.lock(); }
-    void Unlock() override { m_mutex.unlock(); }
+    ZORBAS_HOT void Lock() override { m_mutex.lock(); }
+    ZORBAS_HOT void Unlock() override { m_mutex.unlock(); }
 
 private:
     std::mutex m_mutex;

@@ -86,7 +86,7 @@ void ZORBasUtlIOStats::usefile_Close(const ZORBasSharedPtr<ZORBasUtlIOFileStats>
     }
 }
 
-void ZORBasUtlIOStats::StartTimer(int kind) {
+ZORBAS_HOT void ZORBasUtlIOStats::StartTimer(int kind) {
     if (!ValidKind(kind))
         return;
     ThreadTimer& timer = t_timer;
@@ -94,8 +94,8 @@ void ZORBasUtlIOStats::StartTimer(int kind) {
     timer.started[kind] = true;
 }
 
-void ZORBasUtlIOStats::StopTimer(unsigned long long bytes, int kind,
-                                 const ZORBasSharedPtr<ZORBasUtlIOFileStats>& stats) {
+ZORBAS_HOT void ZORBasUtlIOStats::StopTimer(unsigned long long bytes, int kind,
+                                            const ZORBasSharedPtr<ZORBasUtlIOFileStats>& stats) {
     if (!ValidKind(kind))
         return;
     unsigned long long ticks = 0;

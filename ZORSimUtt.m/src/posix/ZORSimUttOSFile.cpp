@@ -152,7 +152,7 @@ int CloseFile(FileHandle handle) {
     return error;
 }
 
-int ReadFile(FileHandle handle, char* buffer, unsigned int size, unsigned int& moved) {
+ZORBAS_HOT int ReadFile(FileHandle handle, char* buffer, unsigned int size, unsigned int& moved) {
     moved = 0;
     PosixFile* file = FromHandle(handle);
     if (file == nullptr)
@@ -168,7 +168,7 @@ int ReadFile(FileHandle handle, char* buffer, unsigned int size, unsigned int& m
     return 0;
 }
 
-int WriteFile(FileHandle handle, const char* buffer, unsigned int size, unsigned int& moved) {
+ZORBAS_HOT int WriteFile(FileHandle handle, const char* buffer, unsigned int size, unsigned int& moved) {
     moved = 0;
     PosixFile* file = FromHandle(handle);
     if (file == nullptr)
@@ -185,7 +185,7 @@ int WriteFile(FileHandle handle, const char* buffer, unsigned int size, unsigned
     return 0;
 }
 
-int SetFilePointer(FileHandle handle, unsigned long long position) {
+ZORBAS_HOT int SetFilePointer(FileHandle handle, unsigned long long position) {
     PosixFile* file = FromHandle(handle);
     if (file == nullptr)
         return EBADF;

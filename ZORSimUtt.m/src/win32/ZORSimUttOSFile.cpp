@@ -59,21 +59,21 @@ int CloseFile(FileHandle handle) {
     return LastErrorUnless(CloseHandle(Os(handle)));
 }
 
-int ReadFile(FileHandle handle, char* buffer, unsigned int size, unsigned int& moved) {
+ZORBAS_HOT int ReadFile(FileHandle handle, char* buffer, unsigned int size, unsigned int& moved) {
     DWORD got = 0;
     const int error = LastErrorUnless(::ReadFile(Os(handle), buffer, size, &got, nullptr));
     moved = got;
     return error;
 }
 
-int WriteFile(FileHandle handle, const char* buffer, unsigned int size, unsigned int& moved) {
+ZORBAS_HOT int WriteFile(FileHandle handle, const char* buffer, unsigned int size, unsigned int& moved) {
     DWORD put = 0;
     const int error = LastErrorUnless(::WriteFile(Os(handle), buffer, size, &put, nullptr));
     moved = put;
     return error;
 }
 
-int SetFilePointer(FileHandle handle, unsigned long long position) {
+ZORBAS_HOT int SetFilePointer(FileHandle handle, unsigned long long position) {
     LONG high = static_cast<LONG>(position >> 32);
     SetLastError(NO_ERROR);
     const DWORD low =

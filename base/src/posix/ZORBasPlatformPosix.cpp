@@ -121,7 +121,7 @@ const unsigned long long g_loadNanoseconds = MonotonicNanoseconds();
 
 } // namespace
 
-unsigned long long Ticks() {
+ZORBAS_HOT unsigned long long Ticks() {
 #if defined(__x86_64__)
     if (g_tsc)
         return __rdtsc();

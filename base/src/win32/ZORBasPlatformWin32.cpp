@@ -69,7 +69,7 @@ std::string SystemErrorText(int code) {
     return utf8;
 }
 
-unsigned long long Ticks() {
+ZORBAS_HOT unsigned long long Ticks() {
     LARGE_INTEGER now;
     QueryPerformanceCounter(&now);
     return static_cast<unsigned long long>(now.QuadPart);
