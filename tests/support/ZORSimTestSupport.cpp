@@ -9,18 +9,16 @@
 #include <map>
 #include <random>
 #include <sstream>
+#include <unistd.h> // MinGW has one too, for dup and dup2
 
 namespace fs = std::filesystem;
 
 namespace zorsim_test {
 
 // From the platform file: a scenario child's arguments in UTF-8 (its
-// standard streams made ready for the parent), and descriptors.
+// standard streams made ready for the parent).
 std::vector<std::string> ScenarioArguments(int argc, char** argv);
 std::string SelfPath();
-int DupFd(int fd);
-void Dup2Fd(int from, int to);
-void CloseFd(int fd);
 
 namespace {
 
@@ -131,15 +129,15 @@ std::string Drain(std::FILE* file) {
 
 StderrCapture::StderrCapture() : m_file(std::tmpfile()) {
     std::fflush(stderr);
-    m_saved = DupFd(2);
-    Dup2Fd(fileno(m_file), 2);
+    m_saved = dup(2);
+    dup2(fileno(m_file), 2);
 }
 
 std::string StderrCapture::Finish() {
     if (m_saved >= 0) {
         std::fflush(stderr);
-        Dup2Fd(m_saved, 2);
-        CloseFd(m_saved);
+        dup2(m_saved, 2);
+        close(m_saved);
         m_saved = -1;
         m_text = Drain(m_file);
     }

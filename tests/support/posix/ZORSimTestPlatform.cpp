@@ -1,9 +1,11 @@
 // The support layer on POSIX systems.
+#include "ZORSimTestLibrary.h"
 #include "ZORSimTestSupport.h"
 
 #include <cerrno>
 #include <climits>
 #include <cstring>
+#include <dlfcn.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -16,15 +18,6 @@ std::string Drain(std::FILE* file);
 
 std::vector<std::string> ScenarioArguments(int argc, char** argv) {
     return std::vector<std::string>(argv, argv + argc);
-}
-int DupFd(int fd) {
-    return dup(fd);
-}
-void Dup2Fd(int from, int to) {
-    dup2(from, to);
-}
-void CloseFd(int fd) {
-    close(fd);
 }
 
 void SetEnv(const char* name, const char* value) {
@@ -97,6 +90,18 @@ std::string FullDiskPath() {
 
 bool IsWine() {
     return false;
+}
+
+LoadedLibrary::LoadedLibrary(const std::string& path)
+    : m_handle(dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL)) {
+    if (m_handle == nullptr)
+        m_error = dlerror();
+}
+bool LoadedLibrary::Unload() {
+    return dlclose(m_handle) == 0;
+}
+void* LoadedLibrary::Symbol(const char* name) const {
+    return dlsym(m_handle, name);
 }
 
 } // namespace zorsim_test

@@ -1,5 +1,6 @@
 // The support layer on Windows, natively or under Wine. Text crosses the
 // API as UTF-16.
+#include "ZORSimTestLibrary.h"
 #include "ZORSimTestSupport.h"
 
 #include <fcntl.h>
@@ -62,15 +63,6 @@ std::vector<std::string> ScenarioArguments(int, char**) {
         args.push_back(Narrow(wide[i]));
     LocalFree(wide);
     return args;
-}
-int DupFd(int fd) {
-    return _dup(fd);
-}
-void Dup2Fd(int from, int to) {
-    _dup2(from, to);
-}
-void CloseFd(int fd) {
-    _close(fd);
 }
 
 // The C runtime's copy for getenv, the system's for children.
@@ -162,6 +154,17 @@ std::string FullDiskPath() {
 bool IsWine() {
     const HMODULE ntdll = GetModuleHandleW(L"ntdll.dll");
     return ntdll != nullptr && GetProcAddress(ntdll, "wine_get_version") != nullptr;
+}
+
+LoadedLibrary::LoadedLibrary(const std::string& path) : m_handle(LoadLibraryW(Wide(path).c_str())) {
+    if (m_handle == nullptr)
+        m_error = "LoadLibraryW failed with " + std::to_string(GetLastError());
+}
+bool LoadedLibrary::Unload() {
+    return FreeLibrary(static_cast<HMODULE>(m_handle)) != 0;
+}
+void* LoadedLibrary::Symbol(const char* name) const {
+    return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(m_handle), name));
 }
 
 } // namespace zorsim_test
