@@ -15,7 +15,10 @@ struct HeaderCheck : ZORSimFileHeaderDiff {
 
 TEST(FileHeaderDiff, AssertionsCountsReportsAndDump) {
     using namespace std::string_literals;
-    const std::string failed = "*** UNIT ASSERTION FAILED: ZORSimFileHeaderDiff";
+    const std::string failed = "*** UNIT ASSERTION FAILED: ZORSimFileHeaderDiff",
+                      length = failed + "(39): passedLength && \"Header validation failed length.\"\n",
+                      match = failed + "(45): passed && \"Header validation failed match.\"\n",
+                      noFile = "(27): fp != 0\n";
     // File contents (none: no file), expected bytes, verbosity, assertions and
     // failures counted, the dump after "Actual length: ", the reports.
     const std::tuple<std::optional<std::string>, std::vector<unsigned char>, int, int, int, const char*,
@@ -23,22 +26,10 @@ TEST(FileHeaderDiff, AssertionsCountsReportsAndDump) {
         cases[] = {
             {"\x01\xff\x00\x7f"s, {1, 255, 0, 127}, 0, 4, 0, nullptr, ""},
             // A length failure skips the comparison; the dump lists every byte.
-            {"\x01\x02\xff"s,
-             {1, 2},
-             0,
-             3,
-             1,
-             "3\n1,2,255\n",
-             failed + "(39): passedLength && \"Header validation failed length.\"\n"},
-            {"\x00\x80\x10"s,
-             {0, 128, 17},
-             0,
-             4,
-             1,
-             "3\n0,128,16\n",
-             failed + "(45): passed && \"Header validation failed match.\"\n"},
-            {std::nullopt, {1}, 0, 1, 1, nullptr, failed + "(27): fp != 0\n"},
-            {"", {}, 2, 4, 0, nullptr, "--- unit assertion passed: ZORSimFileHeaderDiff(27): fp != 0\n"},
+            {"\x01\x02\xff"s, {1, 2}, 0, 3, 1, "3\n1,2,255\n", length},
+            {"\x00\x80\x10"s, {0, 128, 17}, 0, 4, 1, "3\n0,128,16\n", match},
+            {std::nullopt, {1}, 0, 1, 1, nullptr, failed + noFile},
+            {"", {}, 2, 4, 0, nullptr, "--- unit assertion passed: ZORSimFileHeaderDiff" + noFile},
         };
     for (const auto& [contents, expected, verbose, asserts, failures, dump, reports] : cases) {
         TempDir dir;
