@@ -17,9 +17,7 @@ namespace P = ZORSimUttFilePathParser;
 namespace {
 
 template <class R> std::string Str(const R& r) {
-    if constexpr (std::is_same_v<R, bool>)
-        return r ? "true" : "false";
-    else if constexpr (std::is_same_v<R, int>)
+    if constexpr (std::is_arithmetic_v<R>)
         return std::to_string(r);
     else
         return r.c_str();
@@ -33,23 +31,18 @@ template <class R> Call Binary(R (*f)(const ZORString&, const ZORString&)) {
 }
 
 TEST(FilePathParser, AnswersOnBothPathStyles) {
-    const std::map<std::string, Call> calls = {{"BaseName", Unary(P::BaseName)},
-                                               {"BasePath", Unary(P::BasePath)},
-                                               {"DirPath", Unary(P::DirPath)},
-                                               {"Tail", Unary(P::Tail)},
-                                               {"Extension", Unary(P::Extension)},
-                                               {"IsAbsolute", Unary(P::IsAbsolute)},
-                                               {"Join", Binary(P::Join)},
-                                               {"Compare", Binary(P::CompareFilePaths)},
-                                               {"LongPath", Unary(P::GetLongPathNameW)}};
     const std::string x256(256, 'x'), x257(257, 'x');
     std::string e259;
     for (int i = 0; i < 259; ++i)
         e259 += "\xC3\xA9";
-    // Each case: the argument(s), then the expected answer.
     // Each case: the argument(s), then the expected answer. The fuzz target
     // checks how the answers relate to each other.
     // clang-format off
+    const std::map<std::string, Call> calls = {
+        {"BaseName", Unary(P::BaseName)}, {"BasePath", Unary(P::BasePath)}, {"DirPath", Unary(P::DirPath)},
+        {"Tail", Unary(P::Tail)}, {"Extension", Unary(P::Extension)}, {"IsAbsolute", Unary(P::IsAbsolute)},
+        {"Join", Binary(P::Join)}, {"Compare", Binary(P::CompareFilePaths)},
+        {"LongPath", Unary(P::GetLongPathNameW)}};
     const std::vector<std::pair<std::string, std::vector<std::vector<std::string>>>> lines = {
         // Names, extensions and dots wherever they stand.
         {"BaseName", {{"dir/file.tar.gz", "file.tar"}, {"C:\\dir\\f.txt", "f"}, {".profile", ""}, {"dir.d/file", "file"}}},
@@ -63,7 +56,7 @@ TEST(FilePathParser, AnswersOnBothPathStyles) {
         {"Tail", {{"\\\\host\\share\\f.txt", "f.txt"}, {"\\\\host\\share", "\\\\host\\share"}, {"dir\\f.txt", "dir\\f.txt"}}},
         {"Tail", {{"\\dir\\f.txt", "\\dir\\f.txt"}, {"\\dir\\sub\\f.txt", "f.txt"}}},
         // Two leading backslashes, a slash or a drive.
-        {"IsAbsolute", {{"\\x", "false"}, {"c:x", "true"}, {"1:x", "false"}, {"\\\\h\\s", "true"}, {"/a", "true"}}},
+        {"IsAbsolute", {{"\\x", "0"}, {"c:x", "1"}, {"1:x", "0"}, {"\\\\h\\s", "1"}, {"/a", "1"}}},
         // Always a forward slash between; backslashes are stripped before slashes.
         {"Join", {{"a/", "b", "a/b"}, {"C:\\w\\", "f", "C:\\w/f"}, {"a", "\\b", "\\b"}, {"a", "c:x", "c:x"}}},
         {"Join", {{"h", "1:x", "h/1:x"}, {"a", "", "a/"}, {"a/\\\\", "f", "a/f"}, {"a\\/", "f", "a\\/f"}}},
@@ -80,11 +73,9 @@ TEST(FilePathParser, AnswersOnBothPathStyles) {
             EXPECT_EQ(calls.at(name)(ZORString(c[0]), ZORString(b)), c.back())
                 << name << "(\"" << c[0] << "\", \"" << b << "\")";
         }
-    // Only the OS form checks its argument; the others take what they get.
-    EXPECT_EQ(Str(P::FixPathForOS(ZORString(""))), "");
+    // Only the OS form checks its argument (the fuzz target: the others take what they get).
     ZORSimUttAssertDisableExcReport();
     EXPECT_THROW(P::FixPathForOS(ZORString("a\xFF")), ZORSimExcBadStringArgument);
-    EXPECT_EQ(P::CompareFilePaths(ZORString("a\\\xFF"), ZORString("a/\xFF")), 0);
 }
 
 // What the reference matcher of the fuzz target cannot tell: case beyond its
@@ -100,14 +91,13 @@ TEST(Wildcard, MatchesAsTheWindowsFindCallsDo) {
         {"*\xC5\x81\xC3\x93\x44\xC5\xB9*", {"\xC5\x82\xC3\xB3\x64\xC5\xBA"}, {}},
         {"\xD0\x96\xD0\xA3\xD0\x9A.*", {"\xD0\xB6\xD1\x83\xD0\xBA.log"}, {}},
         {"\xC3\xBF", {"\xC5\xB8"}, {}}, {"\xC3\x97", {}, {"\xC3\xB7"}}, {"k", {"K"}, {"\xE2\x84\xAA"}},
-        {"stra\xC3\x9F\x65", {}, {"STRASSE"}}, {"\xC3\xA9", {}, {"e", "\xC3"}}, {"?", {"\xC3\xA9", ""}, {"ab"}},
+        {"stra\xC3\x9F\x65", {}, {"STRASSE"}}, {"\xC3\xA9", {}, {"e", "\xC3"}},
         // The rules in brief: `*` takes any run, `?` no dot, a dot before a
         // wildcard also the end, trailing dots dropped, a lone star before a
         // dot not the last dot.
-        {"*.tmp", {"a.b.tmp"}, {"a.tmpx"}}, {"a?.txt", {"a.txt", "ab.txt"}, {"abc.txt"}},
-        {"name.*", {"name", "name."}, {"namex"}}, {"*.", {"Makefile"}, {"a.txt"}},
-        {"*.?", {"abc.d", "abc"}, {"abc.de", ".ab"}}, {"*.??", {"a.b.cd"}, {"10.txt"}},
-        {"*.???", {"notes.txt"}, {"data.json"}}, {"*.t*", {"a.txt.bak"}, {}}, {"*1.*", {"a1.b.c"}, {}},
+        {"a?.txt", {"a.txt", "ab.txt"}, {"abc.txt"}}, {"name.*", {"name", "name."}, {"namex"}},
+        {"*.", {"Makefile"}, {"a.txt"}}, {"*.?", {"abc.d", "abc"}, {"abc.de", ".ab"}},
+        {"*.??", {"a.b.cd"}, {"10.txt"}}, {"*.t*", {"a.txt.bak"}, {}}, {"*1.*", {"a1.b.c"}, {}},
         // Everything else is plain, and only long names count; bytes that are
         // no UTF-8 stand for themselves.
         {"[ab]", {"[AB]"}, {"a"}}, {"~!;=+'^& {1}", {"~!;=+'^& {1}"}, {}}, {"PAGE~1.HTM", {}, {"page.html"}},
