@@ -7,8 +7,6 @@
 
 #include <filesystem>
 
-namespace {
-
 namespace FU = ZORSimUttFileUtils;
 namespace fs = std::filesystem;
 using namespace zorsim_test;
@@ -32,5 +30,3 @@ TEST(FileUtilsPosix, AbsolutePathByNameAloneFromTheRoot) {
     EXPECT_STREQ(raised ? raised->Text() : "", "_wfullpath");
     fs::current_path("/");
 }
-
-} // namespace

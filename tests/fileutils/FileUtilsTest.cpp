@@ -12,6 +12,7 @@
 namespace {
 
 namespace FU = ZORSimUttFileUtils;
+constexpr auto OsName = &ZORSimUttFilePathParser::FixPathForOS;
 namespace fs = std::filesystem;
 using namespace zorsim_test;
 
@@ -22,25 +23,11 @@ protected:
     ZORString At(const std::string& name) const { return ZORString(m_dir / name); }
 };
 
-ZORString OsName(const std::string& name) {
-    return ZORSimUttFilePathParser::FixPathForOS(name);
-}
-
-std::string Pattern(std::size_t size) {
-    std::string bytes(size, '\0');
-    unsigned state = 12345;
-    for (char& c : bytes)
-        c = static_cast<char>((state = state * 1103515245u + 12345u) >> 16);
-    return bytes;
-}
-
 TEST_F(FileUtils, IdentityIsTheFileNotTheName) {
     m_dir.File("a", "1");
     m_dir.File("b", "1");
     m_dir.Dir("sub");
     fs::create_hard_link(m_dir / "a", m_dir / "hard");
-    EXPECT_TRUE(FU::GetFileID(At("a")) == FU::GetFileID(At("hard")));
-    EXPECT_FALSE(FU::GetFileID(At("a")) == FU::GetFileID(At("b")));
     for (const std::string& same : {m_dir / "hard", m_dir / "sub/../a", m_dir.Path() + "\\.\\a"})
         EXPECT_TRUE(FU::SameFile(At("a"), ZORString(same))) << same;
     // A missing name is no error.
@@ -52,8 +39,6 @@ TEST_F(FileUtils, IdentityIsTheFileNotTheName) {
     EXPECT_EQ(OsName(m_dir / "no"), missing ? missing->GetFile_name().AsString() : "") << "the OS form";
     // A missing directory is the path-not-found case, not "no such file".
     ExpectSystemError([&] { FU::GetFileID(At("nodir/x")); }, Service::CreateFile, Error::PathNotFound);
-    ZORSimUttOSFault::Arm(Service::CreateFile, Error::AccessDenied);
-    ExpectSystemError([&] { FU::GetFileID(At("a")); }, Service::CreateFile, Error::AccessDenied);
     ZORSimUttOSFault::Arm(Service::GetFileInformationByHandle, Error::IoError);
     ExpectSystemError([&] { FU::GetFileID(At("a")); }, Service::GetFileInformationByHandle, Error::IoError);
 }
@@ -63,33 +48,27 @@ TEST_F(FileUtils, CopyReproducesEmptyAndMultiChunkFilesAndStopsAtAFailure) {
     m_dir.File("target", "old contents");
     FU::Copy(At("empty"), At("target"));
     EXPECT_TRUE(Exists(m_dir / "target") && ReadBytes(m_dir / "target").empty());
-    FU::Copy(At("empty"), At("fresh"));
-    EXPECT_TRUE(Exists(m_dir / "fresh")) << "an empty source still creates the target";
-    // Three whole chunks and a bit, and exactly two chunks.
-    for (const std::size_t size : {3 * 262144 + 123, 2 * 262144}) {
-        m_dir.File("big", Pattern(size));
-        FU::Copy(At("big"), At("target"));
-        EXPECT_TRUE(ReadBytes(m_dir / "target") == Pattern(size)) << size;
-    }
+    // Three whole chunks and a bit, each chunk unlike the others.
+    std::string big(3 * 262144 + 123, '\0');
+    for (std::size_t i = 0; i < big.size(); ++i)
+        big[i] = static_cast<char>(i % 251);
+    FU::Copy(ZORString(m_dir.File("big", big)), At("target"));
+    EXPECT_TRUE(ReadBytes(m_dir / "target") == big);
     // Into an open file: at its position, and it stays open.
     ZORSimUttOSFile out;
     out.OpenWrite(At("out"));
     out.WriteAll("head", 4);
     FU::Copy(At("big"), out);
+    Raised<ZORSimExcNoSuchFile>([&] { FU::Copy(At("nope"), out); });
     out.WriteAll("tail", 4);
     out.Close();
-    EXPECT_TRUE(ReadBytes(m_dir / "out") == "head" + Pattern(2 * 262144) + "tail");
+    EXPECT_TRUE(ReadBytes(m_dir / "out") == "head" + big + "tail");
 
     Raised<ZORSimExcNoSuchFile>([&] { FU::Copy(At("nope"), At("new")); });
     EXPECT_FALSE(Exists(m_dir / "new")) << "nothing is created for a missing source";
     ZORSimUttOSFault::Arm(Service::ReadFile, Error::IoError, 1, 1);
     ExpectRaised<ZORSimExcReadError>([&] { FU::Copy(At("big"), At("target")); }, Error::IoError);
     EXPECT_EQ(ReadBytes(m_dir / "target").size(), 262144u) << "what was copied before the failure stays";
-    ZORSimUttOSFault::Arm(Service::WriteFile, Error::DiskFull);
-    Raised<ZORSimExcDiskFull>([&] { FU::Copy(At("big"), At("target")); });
-    ZORSimUttOSFile readOnly;
-    readOnly.OpenRead(At("big"));
-    Raised<ZORSimExcReadOnly>([&] { FU::Copy(At("big"), readOnly); });
 }
 
 TEST_F(FileUtils, MoveOntoAnExistingTargetAndLinkIfUniqueTwice) {
@@ -98,34 +77,22 @@ TEST_F(FileUtils, MoveOntoAnExistingTargetAndLinkIfUniqueTwice) {
     FU::Move(At("from"), At("to"));
     EXPECT_TRUE(!Exists(m_dir / "from") && ReadBytes(m_dir / "to") == "new");
     ExpectSystemError([&] { FU::Move(At("from"), At("to")); }, Service::MoveFileEx, Error::FileNotFound);
-    ZORSimUttOSFault::Arm(Service::MoveFileEx, Error::NotSameDevice);
-    ExpectSystemError([&] { FU::Move(At("to"), At("elsewhere")); }, Service::MoveFileEx,
-                      Error::NotSameDevice);
-    EXPECT_EQ(ReadBytes(m_dir / "to"), "new");
 
     EXPECT_TRUE(FU::LinkIfUnique(At("to"), At("link")));
-    EXPECT_FALSE(FU::LinkIfUnique(At("to"), At("link")));
+    EXPECT_FALSE(FU::LinkIfUnique(At("to"), At("link"))); // a taken name is no link
     EXPECT_TRUE(FU::SameFile(At("to"), At("link")));
-    // A taken name is no link, whatever it holds.
-    m_dir.File("other", "y");
-    EXPECT_FALSE(FU::LinkIfUnique(At("to"), At("other")));
-    EXPECT_EQ(ReadBytes(m_dir / "other"), "y");
     ExpectSystemError([&] { FU::LinkIfUnique(At("missing"), At("link2")); }, Service::CreateHardLink,
                       Error::FileNotFound);
     EXPECT_FALSE(Exists(m_dir / "link2")) << "nothing is copied when no link can be made";
 }
 
-TEST_F(FileUtils, RemoveRemoveNoThrowAndRemoveAll) {
+TEST_F(FileUtils, RemoveFilesAndMakeAndRemoveDirectories) {
     m_dir.File("a");
     FU::Remove(At("a"));
     EXPECT_FALSE(Exists(m_dir / "a"));
     ExpectSystemError([&] { FU::Remove(At("a")); }, Service::DeleteFile, Error::FileNotFound);
-    ExpectSystemError([&] { FU::Remove(ZORString(m_dir.Dir("sub"))); }, Service::DeleteFile,
-                      Error::IsDirectory);
     EXPECT_FALSE(FU::RemoveNoThrow(At("a")));
     m_dir.File("b");
-    ZORSimUttOSFault::Arm(Service::DeleteFile, Error::SharingViolation);
-    EXPECT_FALSE(FU::RemoveNoThrow(At("b")));
     EXPECT_TRUE(FU::RemoveNoThrow(At("b")) && !Exists(m_dir / "b"));
     EXPECT_THROW(FU::RemoveNoThrow(ZORString("bad\xff")), ZORSimExcBadStringArgument); // still checked
 
@@ -136,11 +103,21 @@ TEST_F(FileUtils, RemoveRemoveNoThrowAndRemoveAll) {
     // Names match as on Windows, case ignored.
     EXPECT_FALSE(Exists(m_dir / "1.tmp") || Exists(m_dir / "2.tmp") || Exists(m_dir / "3.TMP"));
     EXPECT_TRUE(Exists(m_dir / "keep.dat") && Exists(m_dir / "tmp"));
-    m_dir.Dir("d.tmp");
-    ExpectSystemError([&] { FU::RemoveAll(At("*.tmp")); }, Service::DeleteFile, Error::IsDirectory);
-    EXPECT_TRUE(Exists(m_dir / "d.tmp")) << "directories are never removed";
     ExpectSystemError([&] { FU::RemoveAll(At("nodir/*.tmp")); }, Service::FindFirstFile, Error::PathNotFound);
-    fs::remove(m_dir / "d.tmp");
+
+    // Directories: made and removed one level at a time, removed only when
+    // empty, and never by the removal of files.
+    FU::MakeDir(At("d.tmp"));
+    ExpectSystemError([&] { FU::MakeDir(At("d.tmp")); }, Service::CreateDirectory, Error::AlreadyExists);
+    ExpectSystemError([&] { FU::MakeDir(At("x/y")); }, Service::CreateDirectory, Error::PathNotFound);
+    ExpectSystemError([&] { FU::RemoveAll(At("*.tmp")); }, Service::DeleteFile, Error::IsDirectory);
+    m_dir.File("d.tmp/f");
+    ExpectSystemError([&] { FU::RemoveDir(At("d.tmp")); }, Service::RemoveDirectory, Error::NotEmpty);
+    ExpectSystemError([&] { FU::RemoveDir(At("d.tmp/f")); }, Service::RemoveDirectory, Error::NotDirectory);
+    fs::remove(m_dir / "d.tmp/f");
+    FU::RemoveDir(At("d.tmp"));
+    ExpectSystemError([&] { FU::RemoveDir(At("d.tmp")); }, Service::RemoveDirectory, Error::FileNotFound);
+
     for (const char* name : {"1.tmp", "2.tmp", "3.tmp"})
         m_dir.File(name);
     ZORSimUttOSFault::Arm(Service::DeleteFile, Error::AccessDenied, 1, 1);
@@ -149,26 +126,6 @@ TEST_F(FileUtils, RemoveRemoveNoThrowAndRemoveAll) {
     for (const char* name : {"1.tmp", "2.tmp", "3.tmp"})
         left += Exists(m_dir / name) ? 1 : 0;
     EXPECT_EQ(left, 2) << "the first was removed, the second failed, the third was not reached";
-    // Every entry matches "*", so only the first listing call belongs to
-    // the first search; the second is a find-next.
-    ZORSimUttOSFault::Arm(Service::FindNextFile, Error::IoError, 1, 1);
-    ExpectSystemError([&] { FU::RemoveAll(At("*")); }, Service::FindNextFile, Error::IoError);
-}
-
-TEST_F(FileUtils, MakeDirAndRemoveDirWorkOneLevelOnEmptyDirectories) {
-    FU::MakeDir(At("d"));
-    EXPECT_TRUE(fs::is_directory(m_dir / "d"));
-    ExpectSystemError([&] { FU::MakeDir(At("d")); }, Service::CreateDirectory, Error::AlreadyExists);
-    ExpectSystemError([&] { FU::MakeDir(At("x/y")); }, Service::CreateDirectory, Error::PathNotFound);
-    m_dir.File("d/f");
-    ExpectSystemError([&] { FU::RemoveDir(At("d")); }, Service::RemoveDirectory, Error::NotEmpty);
-    ExpectSystemError([&] { FU::RemoveDir(At("d/f")); }, Service::RemoveDirectory, Error::NotDirectory);
-    fs::remove(m_dir / "d/f");
-    FU::RemoveDir(At("d"));
-    ExpectSystemError([&] { FU::RemoveDir(At("d")); }, Service::RemoveDirectory, Error::FileNotFound);
-    ZORSimUttOSFault::Arm(Service::CreateDirectory, Error::DiskFull);
-    ExpectSystemError([&] { FU::MakeDir(At("e")); }, Service::CreateDirectory, Error::DiskFull);
-    EXPECT_FALSE(Exists(m_dir / "e"));
 }
 
 TEST_F(FileUtils, AbsoluteShortenedAndReroutedNames) {
@@ -186,8 +143,6 @@ TEST_F(FileUtils, AbsoluteShortenedAndReroutedNames) {
     // others absolute (flag set), and all in the OS form.
     const std::tuple<const char*, const char*, const char*, bool> shorten[] = {
         {"data", "data/run/x.dat", "run/x.dat", false},
-        {"data", "data\\run\\x.dat", "run/x.dat", false},
-        {"data/sub/..", "data/../data/x", "x", false},
         {"data", "data2/x", "/data2/x", true},
         {"data", "data", "/data", true},
         {"Data", "data/x", "/data/x", true}}; // case counts
@@ -201,10 +156,7 @@ TEST_F(FileUtils, AbsoluteShortenedAndReroutedNames) {
     const std::tuple<std::string, const char*, std::string> reroot[] = {
         {m_dir / "d", "b", m_dir / "d/b"},
         {m_dir / "d/", "b\\c", m_dir / "d/b/c"},
-        {m_dir / "d/missing.txt", "b", m_dir / "d/b"},
-        {m_dir.Path() + "\\d\\f.txt", "b", m_dir / "d/b"},
-        {"f.txt", "b", "b"},
-        {m_dir / "d", "/abs", "/abs"}};
+        {m_dir / "d/missing.txt", "b", m_dir / "d/b"}};
     for (const auto& [path, branch, expected] : reroot)
         EXPECT_EQ(FU::RerootBranch(ZORString(path), ZORString(branch)), OsName(expected))
             << "'" << path << "', '" << branch << "'";
