@@ -17,8 +17,9 @@ Strings Stored();
 
 // In the C locale narrow arguments are UTF-8; other bytes (given, or read
 // from a file the same way) end the fill with the conversion error and leave
-// it undone.
-TEST(CmdLineStore, UndecodableNarrowArgumentLeavesTheStoreEmpty) {
+// it undone. They reach a POSIX program as they are: the store of its own
+// arguments keeps them, as a BAD string in its escaped form.
+TEST(CmdLinePosix, UndecodableBytesRefusedInAVectorKeptFromTheProcess) {
     ASSERT_NE(std::setlocale(LC_CTYPE, "C"), nullptr);
     try {
         Fill({"prog", "-k", "caf\xe9"});
@@ -32,11 +33,6 @@ TEST(CmdLineStore, UndecodableNarrowArgumentLeavesTheStoreEmpty) {
     char* good[] = {prog, nullptr};
     Singleton::Instance()->InitFromArgs(1, good);
     EXPECT_EQ(Stored(), Strings{"good"});
-}
-
-// Such bytes reach a POSIX program as they are: the store keeps them, as a
-// BAD string in its escaped form.
-TEST(CmdLinePosix, UndecodableBytesOfTheProcessArgumentsAreKept) {
     EXPECT_EQ(RunScenario("CmdLineStore", {"prog", "bad\xff"}).out,
               "args 2 pairs 0\narg 0 [prog]\narg 1 BAD [bad\xed\xb3\xbf]\nn=-1 empty-key=0\n");
 }

@@ -26,9 +26,8 @@ protected:
 TEST_F(FileUtils, IdentityIsTheFileNotTheName) {
     m_dir.File("a", "1");
     m_dir.File("b", "1");
-    m_dir.Dir("sub");
     fs::create_hard_link(m_dir / "a", m_dir / "hard");
-    for (const std::string& same : {m_dir / "hard", m_dir / "sub/../a", m_dir.Path() + "\\.\\a"})
+    for (const std::string& same : {m_dir / "hard", m_dir.Path() + "\\.\\a"})
         EXPECT_TRUE(FU::SameFile(At("a"), ZORString(same))) << same;
     // A missing name is no error.
     EXPECT_FALSE(FU::SameFile(At("a"), At("b")) || FU::SameFile(At("a"), At("missing")) ||
