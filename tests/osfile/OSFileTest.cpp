@@ -189,7 +189,7 @@ TEST_F(OSFile, EveryOSFailureRaisesItsClass) {
     ZORSimUttOSFault::Arm(Service::FlushFileBuffers, Error::IoError);
     reader.Flush();
     // A closed object: nothing is checked before the OS, which sees a bad handle.
-    ZORSimUttOSFile closed; // (Lock: with the locking switch)
+    ZORSimUttOSFile closed; // (Lock: in the test of the locking switch)
     Raised<ZORSimExcFileNotOpen>([&] { closed.Unlock(); });
     ExpectSystemError([&] { (void)closed.FileSize(); }, Service::GetFileSize, Error::BadHandle);
     ExpectRaised<ZORSimExcFileCloseFailed>([&] { closed.Close(); }, Error::BadHandle);

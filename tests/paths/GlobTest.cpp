@@ -61,7 +61,6 @@ TEST_F(FileGlob, FileTests) {
     using namespace ZORSimUttFileUtils;
     const std::tuple<std::string, bool, bool, bool> rows[] = {
         // path, exists, is a directory, writeable
-        {d, true, true, true},
         {m_dir.File("file"), true, false, true},
         {m_dir.File("readonly", "", true), true, false, false},
         {m_dir.Dir("rodir", true), true, true, true}, // a directory always is writeable
