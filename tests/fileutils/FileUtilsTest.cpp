@@ -12,7 +12,7 @@
 namespace {
 
 namespace FU = ZORSimUttFileUtils;
-constexpr auto OsName = &ZORSimUttFilePathParser::FixPathForOS;
+const auto OsName = &ZORSimUttFilePathParser::FixPathForOS; // not constant where it is imported from a DLL
 namespace fs = std::filesystem;
 using namespace zorsim_test;
 

@@ -17,7 +17,7 @@ namespace {
 
 const bool g_quiet = (ZORSimUttAssertDisableExcReport(), true); // the tests compare standard error
 
-constexpr auto OsName = &ZORSimUttFilePathParser::FixPathForOS;
+const auto OsName = &ZORSimUttFilePathParser::FixPathForOS; // not constant where it is imported from a DLL
 
 // "0123456789" in a file open for update.
 class OSFile : public FileTest {
