@@ -1,11 +1,16 @@
 // Properties of the whole catalogue, walked through its registry: every class
 // constructs from generated values, reads them back, formats its message by
 // the formatter rule, clones and propagates as itself, is caught by each of
-// its bases (its own handler not taking the base), and its base parts hold
-// the values handed to them.
+// its bases (its own handler not taking the base), its base parts hold the
+// values handed to them, and simexc's matcher leads its report back to it.
+// Then what the registry cannot show: one message
+// checked by hand, text pointers kept uncopied, the source a throw records.
+#include "ZORSimBadZORString.h"
 #include "ZORSimExcRegistry.h"
 #include "ZORSimExceptions.h"
+#include "ZORSimTestSupport.h"
 #include "ZORSimUttOS.h"
+#include "SimExcMatch.h"
 
 #include <expat.h>
 #include <gtest/gtest.h>
@@ -13,7 +18,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
-#include <iterator>
 #include <memory>
 #include <regex>
 #include <set>
@@ -60,20 +64,17 @@ std::string ByGetter(const ZORSimExcFieldInfo& field, const ZORSimExcValue& got)
 // Values differ from field to field, so a value handed to the wrong place
 // shows: integers beyond 32 bits where they fit, reals exact in single
 // precision, strings longer than the field and holding a '%' that must not be
-// read as a placeholder once substituted.
+// read as a placeholder once substituted, and a run of blanks.
 ZORSimExcValue Generate(const ZORSimExcFieldInfo& field, int i, XML_Parser parser) {
-    static const OS::Error kErrors[] = {OS::Error::FileNotFound, OS::Error::AccessDenied,
-                                        OS::Error::DiskFull,     OS::Error::IoError,
-                                        OS::Error::NotEmpty,     OS::Error::OutOfMemory};
     const Kind k = field.kind;
     ZORSimExcValue v;
     v.integer = k == Kind::Bool ? i % 2 == 0 : k == Kind::Int32 ? -1000 - i : -5000000000LL - i;
     if (k == Kind::SystemError || k == Kind::SerSystemError)
-        v.integer = OS::ErrorCode(kErrors[i % std::size(kErrors)]);
+        v.integer = OS::ErrorCode(OS::Error::AccessDenied); // a class has one at most
     v.unsignedInteger = k == Kind::UInt32 ? 4000000000U + i : 18446744073709551615ULL - i;
     v.real = k == Kind::Float ? -2.5 - i : 123456789.125 + i;
     v.parser = parser;
-    v.text = (k == Kind::TextPointer ? "pointer text " : "v") + std::to_string(i) + "%d|";
+    v.text = (k == Kind::TextPointer ? "pointer text " : "v") + std::to_string(i) + "  %d|";
     while (k == Kind::String && static_cast<int>(v.text.size()) < field.capacity + 5)
         v.text += static_cast<char>('a' + v.text.size() % 26);
     return v;
@@ -144,11 +145,14 @@ TEST(Catalogue, RegistryIsConsistent) {
     EXPECT_EQ(ZORSimExcRegistry::FindByName(nullptr), nullptr);
 }
 
-TEST(Catalogue, EveryClassReadsBackFormatsClonesAndPropagatesItsValues) {
+TEST(Catalogue, EveryClassReadsBackFormatsClonesPropagatesAndIsMatchedBySimexc) {
     // An expat parser that failed on line 2.
     XML_Parser parser = XML_ParserCreate(nullptr);
     const char broken[] = "<a>\n<b></a>";
     ASSERT_EQ(XML_Parse(parser, broken, sizeof broken - 1, 1), XML_STATUS_ERROR);
+    std::vector<simexc::MessagePattern> patterns;
+    for (int c = 0; c < ZORSimExcRegistry::Count(); ++c)
+        patterns.emplace_back(ZORSimExcRegistry::At(c).format, ZORSimExcRegistry::At(c).fieldCount);
     for (int i = 0; i < ZORSimExcRegistry::Count(); ++i) {
         const ZORSimExcClassInfo& info = ZORSimExcRegistry::At(i);
         SCOPED_TRACE(info.name);
@@ -161,38 +165,32 @@ TEST(Catalogue, EveryClassReadsBackFormatsClonesAndPropagatesItsValues) {
             const ZORSimExcValue got = info.get(*x, f);
             EXPECT_EQ(ByGetter(info.fields[f], got), shown[static_cast<std::size_t>(f)])
                 << info.fields[f].getter;
-            if (info.fields[f].kind == Kind::SystemError || info.fields[f].kind == Kind::SerSystemError) {
-                EXPECT_EQ(got.integer, made.raw[static_cast<std::size_t>(f)].integer)
-                    << info.fields[f].getter;
-            }
         }
         const std::string message = Text(*x);
         EXPECT_EQ(message, Expected(info.format, shown));
         EXPECT_EQ(x->AsString(ZORBasStringMode(true)).str(), message);
         EXPECT_EQ(x->UserReport(ZORBasStringMode(false)).str(), message);
 
-        // Each base part holds the values handed to it, read through the
-        // base's own getters: up the chain, base field j holds the value at
-        // position baseArgs[j] of the level below.
+        // What makes simexc --match useful: the report leads back to the class,
+        // ranked first, and so does each line of a message that spans lines.
+        const std::string report =
+            simexc::CleanReportText("!!! EXCEPTION:\n!!!   " + message + "\n!!! TRACEBACK:\n!!!   main\n");
+        const simexc::MessagePattern& own = patterns[static_cast<std::size_t>(i)];
+        ASSERT_EQ(own.Match(report), own.LiteralSize()) << message;
+        for (const simexc::MessagePattern& other : patterns)
+            EXPECT_LE(other.Match(report).value_or(0), own.LiteralSize()) << message;
+        for (const std::string& line : zorsim_test::Lines(report))
+            EXPECT_TRUE(own.Match(line)) << line;
+
+        // The base part holds the values handed to it, read through the
+        // base's own getters: base field j holds the value at position
+        // baseArgs[j]. (The base's own base part is checked with the base.)
+        const ZORSimExcClassInfo* base = ZORSimExcRegistry::FindByName(info.base);
         const auto expectBaseValues = [&](const ZORBasException& e) {
-            std::vector<int> at; // 1-based position in `shown` of each field of `level`
-            for (int f = 1; f <= info.fieldCount; ++f)
-                at.push_back(f);
-            const ZORSimExcClassInfo* level = &info;
-            for (const ZORSimExcClassInfo* b = ZORSimExcRegistry::FindByName(info.base); b;
-                 level = b, b = ZORSimExcRegistry::FindByName(b->base)) {
-                std::vector<int> next;
-                for (int j = 0; j < std::min(level->baseArgCount, b->fieldCount); ++j) {
-                    const int k = level->baseArgs[j];
-                    ASSERT_TRUE(k >= 1 && k <= static_cast<int>(at.size())) << level->name;
-                    const int position = at[static_cast<std::size_t>(k - 1)];
-                    EXPECT_EQ(ByGetter(b->fields[j], b->get(e, j)),
-                              shown[static_cast<std::size_t>(position - 1)])
-                        << b->name << "::" << b->fields[j].getter;
-                    next.push_back(position);
-                }
-                at = next;
-            }
+            for (int j = 0; base && j < std::min(info.baseArgCount, base->fieldCount); ++j)
+                EXPECT_EQ(ByGetter(base->fields[j], base->get(e, j)),
+                          shown.at(static_cast<std::size_t>(info.baseArgs[j] - 1)))
+                    << base->name << "::" << base->fields[j].getter;
         };
         expectBaseValues(*x);
 
@@ -211,18 +209,48 @@ TEST(Catalogue, EveryClassReadsBackFormatsClonesAndPropagatesItsValues) {
         } catch (const ZORBasException& thrown) {
             expectSame(thrown);
         }
-        // Caught by a handler for the class itself and for every base; a
-        // handler for the class does not take its base.
+        // Caught by a handler for the class itself and for its base (and so
+        // for every base up the chain); a handler for the class does not take
+        // its base.
         EXPECT_TRUE(info.catches(&PropagateIt, made.x.get()));
-        for (const ZORSimExcClassInfo* b = ZORSimExcRegistry::FindByName(info.base); b;
-             b = ZORSimExcRegistry::FindByName(b->base))
-            EXPECT_TRUE(b->catches(&PropagateIt, made.x.get())) << "not caught as " << b->name;
-        if (const ZORSimExcClassInfo* b = ZORSimExcRegistry::FindByName(info.base)) {
-            const Made base = Make(*b, parser);
-            EXPECT_FALSE(info.catches(&PropagateIt, base.x.get())) << "catches its base";
+        if (base) {
+            EXPECT_TRUE(base->catches(&PropagateIt, made.x.get())) << "not caught as " << base->name;
+            const Made baseMade = Make(*base, parser);
+            EXPECT_FALSE(info.catches(&PropagateIt, baseMade.x.get())) << "catches its base";
         }
     }
     XML_ParserFree(parser);
+}
+
+// Every value kind by hand: bool through "%b" as 0/1, long long through
+// "%ld", floats fixed to six decimals.
+TEST(Messages, OneMessageOfEveryKindAsTheTableHasIt) {
+    EXPECT_EQ(
+        Text(ZORSimExcPrivateForCorrectnessTesting(true, -5, 1099511627776LL, 1.5F, -2.25, "str")),
+        "To be used only for exception correctness testing. Boolean Member: 1. Integer Membe: -5. Integer "
+        "64-bit Member: 1099511627776. Single Precision Floating Point Member: 1.500000. Double Precision "
+        "Floating Point Member:-2.250000. String Membe: str.");
+}
+
+// The report text is not copied: the message and copies (a clone, a thrown
+// copy) follow the caller's buffer.
+TEST(Messages, TextPointerFollowsTheCallersBuffer) {
+    char report[] = "form A missing";
+    const ZORSimExcUpgradePreconditionError error(report);
+    const std::unique_ptr<ZORBasException> clone(error.Clone());
+    report[5] = 'B';
+    EXPECT_EQ(Text(*clone), "Upgrade/Downgrade error: form B missing");
+}
+
+// Throw raises the derived class with the source recorded.
+TEST(Messages, BadStringsAreTurnedAwayWithTheCheckAsSource) {
+    try {
+        ZORSimBadZORString::Check(ZORString::BAD());
+        ADD_FAILURE() << "no exception";
+    } catch (const ZORSimExcBadStringArgument& error) {
+        EXPECT_STREQ("ZORSimBadZORString", error.ThrowFile());
+        EXPECT_EQ(16, error.ThrowLine());
+    }
 }
 
 } // namespace
