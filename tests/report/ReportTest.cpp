@@ -8,9 +8,9 @@
 #include "ZORSimUttAssert.h"
 #include "ZORSimUttOS.h"
 
+#include <algorithm>
 #include <stdexcept>
 #include <thread>
-#include <typeinfo>
 
 using namespace zorsim_test;
 namespace OS = ZORSimUttOS;
@@ -22,161 +22,17 @@ const std::string kNotice = "!!! - SIM Exception throw reports are disabled.\n";
 const std::string kTrace = "!!! TRACEBACK:\n!!!   ";
 
 // The failure hooks write their banner and a trace whatever the report
-// switches say, then throw with the raising source and line recorded (the
-// validation failure without the caller's text).
+// switches say, and throw.
 void ExpectFailureReportsAndThrows() {
-    const struct {
-        void (*raise)();
-        std::string banner, text;
-        const std::type_info& type;
-        int line;
-    } failures[] = {
-        {[] { ZORSimUttAssert::ReportAssertionFailure("broken invariant"); },
-         "!!! THE API HAS DETECTED AN INTERNAL LOGIC ERROR.\n!!! broken invariant\n", "broken invariant",
-         typeid(ZORBasAssertException), 213},
-        {[] { ZORSimUttAssert::ReportValidationFailure("bad argument"); },
-         "!!! THE API HAS DETECTED AN ARGUMENT ERROR OR INCORRECT USE BY THE CLIENT.\n!!! bad argument\n",
-         "Validation failure - inconsistent state has been reached.", typeid(ZORSimExcValidationFailure),
-         220}};
-    for (const auto& f : failures) {
-        StderrCapture capture;
-        try {
-            f.raise();
-            ADD_FAILURE() << "no exception";
-        } catch (const ZORBasException& error) {
-            EXPECT_EQ(typeid(error), f.type);
-            EXPECT_EQ(f.text, error.AsString(ZORBasStringMode(false)).str());
-            EXPECT_STREQ("ZORSimUttAssert", error.ThrowFile());
-            EXPECT_EQ(f.line, error.ThrowLine());
-        }
-        const std::string out = capture.Finish();
-        EXPECT_TRUE(StartsWith(out, f.banner + kTrace)) << out;
-        EXPECT_EQ(out.find(kNotice), std::string::npos) << out; // the notice belongs to exception reports
-    }
-}
-
-} // namespace
-
-TEST(ReportBanner, ExceptionReportIsBannerThenTraceTheModeIsKeptAndTheSwitchSilencesIt) {
-    ExpectInFreshProcess([] {
-        SetEnv("SIM_DISABLE_EXCEPTION_REPORT", nullptr);
-        StderrCapture capture;
-        ZORSimUttAssert::ReportException("I/O out of bounds - start: 1, end: 2, limit: 3");
-        SetEnv("SIM_DISABLE_EXCEPTION_REPORT", "1"); // too late: decided on the first report
-        ZORSimUttAssert::ReportException("after");
-        const std::string out = capture.Finish();
-        EXPECT_TRUE(StartsWith(out, "!!! EXCEPTION:\n!!!   I/O out of bounds - start: 1, end: 2, limit: 3\n" +
-                                        kTrace))
+    StderrCapture capture;
+    EXPECT_THROW(ZORSimUttAssert::ReportAssertionFailure("broken invariant"), ZORBasAssertException);
+    EXPECT_THROW(ZORSimUttAssert::ReportValidationFailure("bad argument"), ZORSimExcValidationFailure);
+    const std::string out = capture.Finish();
+    for (const char* banner : {"AN INTERNAL LOGIC ERROR.\n!!! broken invariant\n",
+                               "AN ARGUMENT ERROR OR INCORRECT USE BY THE CLIENT.\n!!! bad argument\n"})
+        EXPECT_NE(out.find("!!! THE API HAS DETECTED " + std::string(banner) + kTrace), std::string::npos)
             << out;
-        EXPECT_NE(out.find("!!! EXCEPTION:\n!!!   after\n" + kTrace), std::string::npos) << out;
-        EXPECT_EQ(out.find(kNotice), std::string::npos) << out;
-        ExpectFailureReportsAndThrows();
-
-        ZORSimUttAssertDisableExcReport(); // silences exception reports only
-        StderrCapture silenced;
-        ZORSimUttAssert::ReportException("silenced");
-        EXPECT_THROW(ZORSimExcIOBounds(1, 2, 3).Propagate(), ZORSimExcIOBounds);
-        EXPECT_EQ("", silenced.Finish());
-        ExpectFailureReportsAndThrows();
-    });
 }
-
-TEST(ReportBanner, DisablingVariableDropsTracesOnlyAndWritesNoticeOnce) {
-    ExpectInFreshProcess([] {
-        SetEnv("SIM_DISABLE_EXCEPTION_REPORT", "0"); // any value counts, even "0"
-        StderrCapture capture;
-        ZORSimUttAssert::ReportException("first");
-        EXPECT_THROW(ZORSimExcNoSuchFile("missing.sim").Propagate(), ZORSimExcNoSuchFile);
-        SetEnv("SIM_DISABLE_EXCEPTION_REPORT", nullptr);
-        ZORSimUttAssert::ReportException("after");
-        EXPECT_EQ(kNotice + "!!! EXCEPTION:\n!!!   first\n!!! EXCEPTION:\n!!!   No such file: missing.sim\n" +
-                      "!!! EXCEPTION:\n!!!   after\n",
-                  capture.Finish());
-        ExpectFailureReportsAndThrows();
-    });
-}
-
-TEST(ReportFault, SymbolSetUpFailureEscapesTheHookOnceThenFramesAreUnavailable) {
-    ExpectInFreshProcess([] {
-        SetEnv("SIM_DISABLE_EXCEPTION_REPORT", nullptr);
-        Fault::Arm(OS::Service::InitializeSymbols, OS::Error::OutOfMemory);
-        StderrCapture first;
-        try {
-            ZORSimExcNoSuchFile("a.sim").Propagate();
-            ADD_FAILURE() << "no exception";
-        } catch (const std::logic_error& error) {
-            EXPECT_STREQ("Can't initialize symbol handler", error.what());
-        }
-        EXPECT_EQ("!!! EXCEPTION:\n!!!   No such file: a.sim\n", first.Finish());
-        // Set-up would succeed now, but it is not tried again.
-        StderrCapture later;
-        ZORSimUttAssert::ReportException("again");
-        const std::vector<std::string> lines = Lines(later.Finish());
-        ASSERT_GE(lines.size(), 4u);
-        EXPECT_EQ("!!! TRACEBACK:", lines[2]);
-        for (std::size_t i = 3; i < lines.size(); ++i)
-            EXPECT_EQ("!!!   <stack frame not available>", lines[i]);
-    });
-}
-
-TEST(ReportFault, UncapturedStacksAreNotAvailableAsOftenAsArmed) {
-    ExpectInFreshProcess([] {
-        SetEnv("SIM_DISABLE_EXCEPTION_REPORT", nullptr);
-        // Which of the next reports lost their stack: 'x' lost, '.' traced.
-        const auto pattern = [](int reports) {
-            std::string result;
-            for (int i = 0; i < reports; ++i) {
-                StderrCapture capture;
-                ZORSimUttAssert::ReportException("probe");
-                const std::string out = capture.Finish();
-                const bool lost = out.find("NOT AVAILABLE") != std::string::npos;
-                EXPECT_TRUE(
-                    lost
-                        ? out == "!!! EXCEPTION:\n!!!   probe\n!!! TRACEBACK:\n!!! TRACEBACK NOT AVAILABLE.\n"
-                        : StartsWith(out, "!!! EXCEPTION:\n!!!   probe\n!!! TRACEBACK:\n!!!   "))
-                    << out;
-                result += lost ? 'x' : '.';
-            }
-            return result;
-        };
-        Fault::Arm(OS::Service::CaptureStack, OS::Error::BadAddress, 3);
-        Fault::Arm(OS::Service::CaptureStack, OS::Error::BadAddress, 2, 1); // replaces; one passes first
-        EXPECT_EQ(".xx.", pattern(4));
-    });
-}
-
-namespace zorsim_report_test {
-
-int g_callLine = 0;
-volatile int g_sink = 0;
-
-// g_sink is touched after each call so that none is a tail call: the
-// caller's frame must stay on the stack.
-ZORSIM_NOINLINE void ReportFromHere() {
-    g_callLine = __LINE__ + 1;
-    ZORSimUttAssert::ReportException("direct");
-    g_sink = g_sink + 1;
-}
-
-ZORSIM_NOINLINE void AssertFromHere() {
-    g_callLine = __LINE__ + 1;
-    ZORSimUttAssert::ReportAssertionFailure("invariant");
-}
-
-ZORSIM_NOINLINE void ValidateFromHere() {
-    g_callLine = __LINE__ + 1;
-    ZORSimUttAssert::ReportValidationFailure("argument");
-}
-
-ZORSIM_NOINLINE void PropagateFromHere() {
-    g_callLine = __LINE__ + 1;
-    ZORSimExcIOBounds(1, 2, 3).Propagate();
-    g_sink = g_sink + 1;
-}
-
-} // namespace zorsim_report_test
-
-namespace {
 
 // The frame lines of each trace in `out`.
 std::vector<std::vector<std::string>> Traces(const std::string& out) {
@@ -211,7 +67,98 @@ std::vector<std::string> Frames(const std::string& out) {
 
 } // namespace
 
-TEST(ReportTrace, FramesNameCallerFileAndLineAndStopAtMain) {
+TEST(ReportBanner, ExceptionReportIsBannerThenTraceTheModeIsKeptAndTheSwitchSilencesIt) {
+    ExpectInFreshProcess([] {
+        SetEnv("SIM_DISABLE_EXCEPTION_REPORT", nullptr);
+        StderrCapture capture;
+        ZORSimUttAssert::ReportException("first");
+        SetEnv("SIM_DISABLE_EXCEPTION_REPORT", "1"); // too late: decided on the first report
+        ZORSimUttAssert::ReportException("after");
+        const std::string out = capture.Finish();
+        EXPECT_NE(out.find("!!! EXCEPTION:\n!!!   after\n" + kTrace), std::string::npos) << out;
+
+        ZORSimUttAssertDisableExcReport(); // silences exception reports only
+        StderrCapture silenced;
+        ZORSimUttAssert::ReportException("silenced");
+        EXPECT_EQ("", silenced.Finish());
+        ExpectFailureReportsAndThrows();
+    });
+}
+
+TEST(ReportBanner, DisablingVariableDropsTracesOnlyAndWritesNoticeOnce) {
+    ExpectInFreshProcess([] {
+        SetEnv("SIM_DISABLE_EXCEPTION_REPORT", "0"); // any value counts, even "0"
+        StderrCapture capture;
+        ZORSimUttAssert::ReportException("first");
+        EXPECT_THROW(ZORSimExcNoSuchFile("missing.sim").Propagate(), ZORSimExcNoSuchFile);
+        EXPECT_EQ(kNotice + "!!! EXCEPTION:\n!!!   first\n!!! EXCEPTION:\n!!!   No such file: missing.sim\n",
+                  capture.Finish());
+        ExpectFailureReportsAndThrows();
+    });
+}
+
+TEST(ReportFault, SymbolSetUpFailsOnceThenFramesAreUnavailableAndStacksLostAsOftenAsArmed) {
+    ExpectInFreshProcess([] {
+        SetEnv("SIM_DISABLE_EXCEPTION_REPORT", nullptr);
+        Fault::Arm(OS::Service::InitializeSymbols, OS::Error::OutOfMemory);
+        StderrCapture first;
+        try {
+            ZORSimExcNoSuchFile("a.sim").Propagate();
+            ADD_FAILURE() << "no exception";
+        } catch (const std::logic_error& error) {
+            EXPECT_STREQ("Can't initialize symbol handler", error.what());
+        }
+        EXPECT_EQ("!!! EXCEPTION:\n!!!   No such file: a.sim\n", first.Finish());
+        // Set-up would succeed now, but it is not tried again: a traced
+        // report ('.') has every frame unavailable; 'x' lost its stack.
+        Fault::Arm(OS::Service::CaptureStack, OS::Error::BadAddress, 3);
+        Fault::Arm(OS::Service::CaptureStack, OS::Error::BadAddress, 2, 1); // replaces; one passes first
+        const std::string banner = "!!! EXCEPTION:\n!!!   probe\n!!! TRACEBACK:\n";
+        std::string pattern, outs;
+        for (int i = 0; i < 4; ++i) {
+            StderrCapture capture;
+            ZORSimUttAssert::ReportException("probe");
+            const std::string out = capture.Finish();
+            const std::vector<std::string> lines = Lines(out);
+            const bool unavailable =
+                lines.size() > 3 && std::all_of(lines.begin() + 3, lines.end(), [](auto& l) {
+                    return l == "!!!   <stack frame not available>";
+                });
+            pattern += out == banner + "!!! TRACEBACK NOT AVAILABLE.\n" ? 'x'
+                       : StartsWith(out, banner) && unavailable         ? '.'
+                                                                        : '?';
+            outs += out;
+        }
+        EXPECT_EQ(".xx.", pattern) << outs;
+    });
+}
+
+namespace zorsim_report_test {
+
+int g_callLine = 0;
+volatile int g_sink = 0;
+
+// g_sink is touched after each call so that none is a tail call: the
+// caller's frame must stay on the stack.
+ZORSIM_NOINLINE void AssertFromHere() {
+    g_callLine = __LINE__ + 1;
+    ZORSimUttAssert::ReportAssertionFailure("invariant");
+}
+
+ZORSIM_NOINLINE void ValidateFromHere() {
+    g_callLine = __LINE__ + 1;
+    ZORSimUttAssert::ReportValidationFailure("argument");
+}
+
+ZORSIM_NOINLINE void PropagateFromHere() {
+    g_callLine = __LINE__ + 1;
+    ZORSimExcIOBounds(1, 2, 3).Propagate();
+    g_sink = g_sink + 1;
+}
+
+} // namespace zorsim_report_test
+
+TEST(ReportTrace, HooksThrowAndTheirFramesNameCallerFileAndLineAndStopAtMain) {
     ExpectInFreshProcess([] {
         SetEnv("SIM_DISABLE_EXCEPTION_REPORT", nullptr);
         using namespace zorsim_report_test;
@@ -219,18 +166,24 @@ TEST(ReportTrace, FramesNameCallerFileAndLineAndStopAtMain) {
             const char* function;
             void (*call)();
             std::size_t callerAt; // Propagate shows itself above its caller
+            std::string thrown;   // the developer's report: code, text and the source a hook records
         };
         for (const Case& c :
-             {Case{"ReportFromHere", ReportFromHere, 0}, Case{"AssertFromHere", AssertFromHere, 0},
-              Case{"ValidateFromHere", ValidateFromHere, 0},
-              Case{"PropagateFromHere", PropagateFromHere, 1}}) {
+             {Case{"AssertFromHere", AssertFromHere, 0, "[1] invariant (raised in ZORSimUttAssert:213)"},
+              Case{"ValidateFromHere", ValidateFromHere, 0, // without the caller's text
+                   "[1032] Validation failure - inconsistent state has been reached. (raised in "
+                   "ZORSimUttAssert:220)"},
+              Case{"PropagateFromHere", PropagateFromHere, 1,
+                   "[1010] I/O out of bounds - start: 1, end: 2, limit: 3"}}) {
             SCOPED_TRACE(c.function);
             std::string out[2]; // the second trace comes from the frame cache
             for (std::string& text : out) {
                 StderrCapture capture;
                 try {
                     c.call();
-                } catch (const ZORBasException&) {
+                    ADD_FAILURE() << "no exception";
+                } catch (const ZORBasException& error) {
+                    EXPECT_EQ(c.thrown, error.DeveloperReport(ZORBasStringMode(false)).str());
                 }
                 text = capture.Finish();
             }
