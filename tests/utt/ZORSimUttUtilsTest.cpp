@@ -45,10 +45,8 @@ TEST(ZORSimUttUtils, CopyCutsZeroFillsTheCapacityAndTerminates) {
                   expected)
             << capacity;
     // CopyNoZB copies exactly count bytes, terminators included.
-    const char source[] = {'a', '\0', 'b', 'c'};
-    EXPECT_EQ(Written([&](char* to) { ZORSimUttUtils::CopyNoZB(to, source, 4); }, 5),
-              std::string("a\0bcX", 5));
-    EXPECT_EQ(Written([](char* to) { ZORSimUttUtils::CopyNoZB(to, "abcdef", 3); }, 4), "abcX");
+    EXPECT_EQ(Written([](char* to) { ZORSimUttUtils::CopyNoZB(to, "a\0bc", 3); }, 4),
+              std::string("a\0bX", 4));
 }
 
 TEST(ZORSimUttUtils, SameStrFoldsOnlyASCIILettersUpToCount) {
@@ -114,10 +112,8 @@ TEST(ZORSimUttPythonGlueTest, FailuresGiveNoCopyAndTheirTextCutToTheCapacityGood
         EXPECT_EQ(outcome.output, nullptr);
         EXPECT_EQ(outcome.error, c.error);
     }
-    ZORSimUttPythonGlueTestFault::Arm(Fault::Foreign); // a fault is spent by the call that takes it
-    EXPECT_EQ(Check("x").result, 0);
-    const char* text = "Gr\xC3\xBC\xC3\x9F";
-    const Outcome spent = Check(text); // good text: a fresh malloced copy, no error written
+    const char* text = "Gr\xC3\xBC\xC3\x9F"; // the last fault was spent by the call that took it
+    const Outcome spent = Check(text);       // good text: a fresh malloced copy, no error written
     ASSERT_EQ(spent.result, 1);
     EXPECT_NE(spent.output, text);
     EXPECT_STREQ(spent.output, text);
@@ -164,16 +160,14 @@ TEST(ZORSimUttResourceMonitor, SimVariantsForwardOnlyWithTheSwitchAndPlainOnesAl
             ZORSimUttResourceMonitorStopTimer(3);
             EXPECT_EQ(State(), "three 1 stopped" + marks);
 
-            // A later start names the run if given a name, and sees the
+            // A later start names the run only if given a name, and sees the
             // switch (any value), which is then never cleared.
-            ZORSimUttResourceMonitorInitialize(nullptr, 5);
-            EXPECT_EQ(Monitor().Name(), "");
             ZORSimUttResourceMonitorInitialize("solver run", 5);
-            EXPECT_EQ(Monitor().Name(), "solver run");
             SetEnv("SIM_RESOURCE_MONITOR", "0");
             ZORSimUttResourceMonitorInitialize(nullptr, 0);
             SetEnv("SIM_RESOURCE_MONITOR", nullptr);
             ZORSimUttResourceMonitorInitialize(nullptr, 0);
+            EXPECT_EQ(Monitor().Name(), "solver run");
             EXPECT_TRUE(ZORSimUttResourceMonitor::IsOn());
         });
     }
