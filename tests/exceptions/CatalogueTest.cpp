@@ -3,8 +3,8 @@
 // the formatter rule, clones and propagates as itself, is caught by each of
 // its bases (its own handler not taking the base), its base parts hold the
 // values handed to them, and simexc's matcher leads its report back to it.
-// Then what the registry cannot show: one message
-// checked by hand, text pointers kept uncopied, the source a throw records.
+// Then what the registry cannot show: one message checked by hand, text
+// pointers kept uncopied, the source a throw records.
 #include "ZORSimBadZORString.h"
 #include "ZORSimExcRegistry.h"
 #include "ZORSimExceptions.h"
@@ -232,8 +232,8 @@ TEST(Messages, OneMessageOfEveryKindAsTheTableHasIt) {
         "Floating Point Member:-2.250000. String Membe: str.");
 }
 
-// The report text is not copied: the message and copies (a clone, a thrown
-// copy) follow the caller's buffer.
+// The report text is not copied: the message and every copy (a clone is made
+// by the copy constructor, as a thrown copy is) follow the caller's buffer.
 TEST(Messages, TextPointerFollowsTheCallersBuffer) {
     char report[] = "form A missing";
     const ZORSimExcUpgradePreconditionError error(report);
