@@ -32,8 +32,11 @@ ZORString LongPathForOS(const ZORString& path) {
     return OS::OsPathForm().longPathPrefix ? ZORSimUttFilePathParser::GetLongPathNameW(path) : path;
 }
 
+// Kept here after the first call: each transfer then reads it beside the
+// fault switch instead of calling into the base library for it.
 ZORBAS_HOT ZORBasUtlIOStats& Stats() {
-    return omi_Singleton<ZORBasUtlIOStats>::Instance();
+    static ZORBasUtlIOStats& stats = omi_Singleton<ZORBasUtlIOStats>::Instance();
+    return stats;
 }
 
 [[noreturn]] void RaiseSystemError(OS::Service service, int error, int line) {
