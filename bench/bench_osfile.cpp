@@ -178,42 +178,33 @@ void BM_WriteAtomic4K_vs_pwrite(benchmark::State& state) {
 }
 BENCHMARK(BM_WriteAtomic4K_vs_pwrite)->MinTime(1.0)->MeasureProcessCPUTime();
 
-// Sequential 4 KiB reads: the class's own work per OS call shows here most.
-void BM_Read4K_vs_read(benchmark::State& state) {
+// Sequential reads of `size` bytes, from the start again at the end.
+void PairedSequentialReads(benchmark::State& state, std::size_t size, int calls) {
     const int fd = open(DataFile().c_str(), O_RDONLY | O_CLOEXEC);
     ZORSimUttOSFile file;
     file.OpenRead(DataFile());
-    std::vector<char> buffer(kBlock);
+    std::vector<char> buffer(size);
     Paired(
-        state, kCallsPerBlock,
+        state, calls,
         [&](std::size_t) {
-            if (read(fd, buffer.data(), kBlock) <= 0)
+            if (read(fd, buffer.data(), size) <= 0)
                 lseek(fd, 0, SEEK_SET);
         },
         [&](std::size_t) {
-            if (file.Read(buffer.data(), kBlock) == 0)
+            if (file.Read(buffer.data(), size) == 0)
                 file.Seek(0);
         });
     close(fd);
 }
+
+// Sequential 4 KiB reads: the class's own work per OS call shows here most.
+void BM_Read4K_vs_read(benchmark::State& state) {
+    PairedSequentialReads(state, kBlock, kCallsPerBlock);
+}
 BENCHMARK(BM_Read4K_vs_read)->MinTime(1.0)->MeasureProcessCPUTime();
 
 void BM_Read1M_vs_read(benchmark::State& state) {
-    const int fd = open(DataFile().c_str(), O_RDONLY | O_CLOEXEC);
-    ZORSimUttOSFile file;
-    file.OpenRead(DataFile());
-    std::vector<char> buffer(kChunk);
-    Paired(
-        state, 16,
-        [&](std::size_t) {
-            if (read(fd, buffer.data(), kChunk) <= 0)
-                lseek(fd, 0, SEEK_SET);
-        },
-        [&](std::size_t) {
-            if (file.Read(buffer.data(), kChunk) == 0)
-                file.Seek(0);
-        });
-    close(fd);
+    PairedSequentialReads(state, kChunk, 16);
     state.counters["throughput_vs_raw"] = 1.0 / state.counters["x_raw"];
     state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * 16 * 2 * static_cast<int64_t>(kChunk));
 }
