@@ -43,13 +43,33 @@ ZORBasAtiMutex::~ZORBasAtiMutex() = default;
 
 namespace {
 
+// One atomic word: 0 free, 1 held, 2 held with threads waiting. Taking and
+// releasing a free mutex is one atomic instruction each, with no call into
+// the C library: every positioned transfer takes the file's mutex.
 class StdAtiMutex final : public ZORBasAtiMutex {
 public:
-    ZORBAS_HOT void Lock() override { m_mutex.lock(); }
-    ZORBAS_HOT void Unlock() override { m_mutex.unlock(); }
+    ZORBAS_HOT void Lock() override {
+        int seen = 0;
+        if (!m_state.compare_exchange_strong(seen, 1, std::memory_order_acquire))
+            Contended(seen);
+    }
+    ZORBAS_HOT void Unlock() override {
+        if (m_state.exchange(0, std::memory_order_release) == 2)
+            m_state.notify_one();
+    }
 
 private:
-    std::mutex m_mutex;
+    // Marks the mutex as waited for and sleeps until it is released.
+    void Contended(int seen) {
+        if (seen != 2)
+            seen = m_state.exchange(2, std::memory_order_acquire);
+        while (seen != 0) {
+            m_state.wait(2, std::memory_order_relaxed);
+            seen = m_state.exchange(2, std::memory_order_acquire);
+        }
+    }
+
+    std::atomic<int> m_state{0};
 };
 
 std::atomic<int> g_failNextMutexes{0};
