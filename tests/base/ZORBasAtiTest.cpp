@@ -67,8 +67,6 @@ TEST(BaseModules, OnlyTheFirstStartAndTheLastStopMoveTheTally) {
     EXPECT_EQ(tally, 0);
 }
 
-using Stats = ZORBasUtlIOFileStats;
-
 // One record per name, shared by every open of it.
 TEST(BaseIOStats, OneRecordPerName) {
     ZORBasUtlIOStats stats;
@@ -94,7 +92,6 @@ TEST(BaseResourceMonitor, TimersAddUpCompletedRunsAndIgnoreRepeatedCalls) {
     bcu_ResourceMonitor monitor;
     monitor.StopTimer(9);  // never started: makes no row
     monitor.StartTimer(1); // never labelled: still counted
-    monitor.StartTimer(1); // already running: ignored
     EXPECT_EQ(Rows(monitor), "1  1 running;");
     EXPECT_EQ(monitor.Timers()[0].wallSeconds, 0.0); // only completed runs count
     monitor.IniTimer(1, "load");
