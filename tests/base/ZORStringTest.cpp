@@ -80,8 +80,8 @@ template <class... Ts> std::string Format(const char* format, Ts... values) {
     return t.Result(mode).str();
 }
 
-// More placeholders than are kept inline.
-TEST(Formatter, PlaceholdersAreReplacedWholeByValuesRenderedByTheirType) {
+// More placeholders than are kept inline, then what is no placeholder.
+TEST(Formatter, PlaceholdersAreReplacedWholeByIndexWithValuesRenderedByTheirType) {
     EXPECT_EQ(Format("<%d|%-+ #0d|%08.3f|%12s|%.s|%hhd|%hd|%lld|%Lf|%qd|%jd|%zu|%td|%I64d|%I32u|%Id|%Q>", "a",
                      "b", "c", "d", "e", "f", "g", "h", "i", "j", "k", "l", "m", "n", "o", "p", "q"),
               "<a|b|c|d|e|f|g|h|i|j|k|l|m|n|o|p|q>");
@@ -89,9 +89,6 @@ TEST(Formatter, PlaceholdersAreReplacedWholeByValuesRenderedByTheirType) {
     EXPECT_EQ(Format("%s|%x|%d", 255U, LLONG_MIN, -0.0000004), "255|-9223372036854775808|-0.000000");
     EXPECT_EQ(Format("%f", DBL_MAX).size(), 309u + 7u);
     EXPECT_EQ(Format("%s", static_cast<const char*>(nullptr)), "(null)");
-}
-
-TEST(Formatter, WhatIsNoPlaceholderStaysAndValuesGoByIndex) {
     // "% %" is a space flag and no letter; '*' is not in the rule; a length
     // needs a letter after it ("%l." is "%l"); substituted text is not read
     // again; a missing value leaves its placeholder.
