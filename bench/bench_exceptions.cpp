@@ -1,7 +1,9 @@
 // Cost of the failure path: message formatting, Propagate with and without
 // reports, and the stack trace cold and warm. Each measured case also states
 // its time as a ratio ("x_<baseline>") to a raw baseline of the same run:
-// snprintf for the message, a bare throw and catch for Propagate.
+// snprintf for the message, a bare throw and catch for Propagate (the quiet
+// one in alternating blocks with it).
+#include "BenchPaired.h"
 #include "ZORSimExceptions.h"
 #include "ZORSimUttAssert.h"
 #include "ZORSimUttAssertInternal.h"
@@ -161,8 +163,22 @@ void RunPropagate(benchmark::State& state, Mode mode) {
     SetMode(Mode::BannerAndTrace);
 }
 
+// Side by side with the bare throw: the ratio a quiet throw is held to.
 void BM_Propagate_ReportsDisabled(benchmark::State& state) {
-    RunPropagate(state, Mode::Disabled);
+    SilentStderr silent;
+    SetMode(Mode::Disabled);
+    PropagateAtDepth(kDepth);
+    bench::Paired(
+        state, 64,
+        [](std::size_t i) {
+            try {
+                ThrowSmall(i);
+            } catch (const SmallError& error) {
+                benchmark::DoNotOptimize(error.value);
+            }
+        },
+        [](std::size_t) { benchmark::DoNotOptimize(PropagateAtDepth(kDepth)); }, "throw");
+    SetMode(Mode::BannerAndTrace);
 }
 BENCHMARK(BM_Propagate_ReportsDisabled);
 

@@ -7,13 +7,12 @@
 // and their ratio "x_raw" (time of ours / time of raw; for throughput, the
 // inverse is "throughput_vs_raw"). Times are the thread's CPU time (user and
 // system), so that a busy machine taking the CPU away does not count.
+#include "BenchPaired.h"
 #include "ZORSimUttOSFile.h"
 
 #include <benchmark/benchmark.h>
 
-#include <chrono>
 #include <cstdio>
-#include <ctime>
 #include <fcntl.h>
 #include <filesystem>
 #include <random>
@@ -23,17 +22,7 @@
 
 namespace {
 
-// CPU time of the calling thread, system calls included.
-struct ThreadClock {
-    using duration = std::chrono::nanoseconds;
-    using time_point = std::chrono::time_point<ThreadClock>;
-    static time_point now() {
-        timespec ts;
-        clock_gettime(CLOCK_THREAD_CPUTIME_ID, &ts);
-        return time_point(duration(static_cast<long long>(ts.tv_sec) * 1000000000LL + ts.tv_nsec));
-    }
-};
-using Clock = ThreadClock;
+using bench::Paired;
 
 constexpr std::size_t kFileSize = 64u << 20;
 constexpr std::size_t kBlock = 4096;
@@ -100,43 +89,6 @@ const std::vector<unsigned long long>& RandomOffsets() {
         return result;
     }();
     return offsets;
-}
-
-double Nanoseconds(Clock::duration d) {
-    return std::chrono::duration<double, std::nano>(d).count();
-}
-
-// Runs `raw` and `ours` in alternating blocks of `calls` and reports the
-// time per call of each and their ratio.
-template <class Raw, class Ours> void Paired(benchmark::State& state, int calls, Raw raw, Ours ours) {
-    Clock::duration rawTotal{}, oursTotal{};
-    std::size_t index = 0;
-    // Which goes first alternates, so that neither always finds the caches
-    // as the other left them.
-    bool rawFirst = true;
-    const auto block = [&](auto& transfer, Clock::duration& total) {
-        const auto t0 = Clock::now();
-        for (int i = 0; i < calls; ++i)
-            transfer(index + i);
-        total += Clock::now() - t0;
-    };
-    for (auto _ : state) {
-        if (rawFirst) {
-            block(raw, rawTotal);
-            block(ours, oursTotal);
-        } else {
-            block(ours, oursTotal);
-            block(raw, rawTotal);
-        }
-        rawFirst = !rawFirst;
-        index += calls;
-    }
-    const double n = static_cast<double>(state.iterations()) * calls;
-    if (n == 0)
-        return;
-    state.counters["raw_ns"] = Nanoseconds(rawTotal) / n;
-    state.counters["ours_ns"] = Nanoseconds(oursTotal) / n;
-    state.counters["x_raw"] = Nanoseconds(oursTotal) / Nanoseconds(rawTotal);
 }
 
 void BM_ReadAtomic4K_vs_pread(benchmark::State& state) {
