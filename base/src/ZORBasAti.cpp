@@ -1,6 +1,8 @@
 // Fatal errors, the global lock, the mutex factory and the singleton registry.
 #include "ZORBasAti.h"
 
+#include "ZORBasPlatform.h"
+
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
@@ -176,5 +178,5 @@ int omi_SingletonRegistry::Count() const {
 // ---- environment ---------------------------------------------------------------
 
 const char* ZORBasGetEnv(const char* name) {
-    return name != nullptr ? std::getenv(name) : nullptr;
+    return name != nullptr ? zorbas_os::GetEnv(name) : nullptr;
 }

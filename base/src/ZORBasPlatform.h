@@ -29,6 +29,10 @@ double SecondsPerTick();
 // The system's text for an OS error code (errno, or GetLastError on Windows).
 std::string SystemErrorText(int code);
 
+// The value of an environment variable in UTF-8; null when it is unset. The
+// text stays valid for the life of the process.
+const char* GetEnv(const char* name);
+
 // Opens a file by a valid (not BAD) name.
 std::FILE* OpenFile(const ZORString& name, const char* mode);
 

@@ -108,15 +108,15 @@ TEST(OSFileLocking, OffOnlyWhenAllThreeVariablesAreSet) {
 TEST(OSFileTemporary, DirectoryCandidatesInOrderAndRemovalAtProcessEnd) {
     // TMPDIR, TEMP, TMP, then the working directory: the first usable
     // directory. "file" is a plain file; an empty value is skipped. Each
-    // file is gone with its object, so that the next is number 1 again.
+    // file is gone with its object, so that the next is number 1 again. The
+    // first name is no ASCII: the environment is read in UTF-8 everywhere.
+    const char* const a = "\xC3\xA4\xE2\x82\xAC"; // U+00E4 U+20AC
     const std::tuple<const char*, const char*, const char*, const char*> cases[] = {
-        {"a", "b", "c", "a"},
-        {"missing", "a", "c", "a"},
-        {"file", "", "c", "c"},
-        {nullptr, nullptr, "missing", "."}};
+        {a, "b", "c", a}, {"missing", a, "c", a}, {"file", "", "c", "c"}, {nullptr, nullptr, "missing", "."}};
     const TempDir dir;
-    for (const char* name : {"a/", "b/", "c/", "file"})
-        name[1] == '/' ? dir.Dir(name) : dir.File(name);
+    for (const std::string& name : {std::string(a) + "/", std::string("b/"), std::string("c/")})
+        dir.Dir(name);
+    dir.File("file");
     std::filesystem::current_path(dir.Path());
     for (const auto& [tmpdir, temp, tmp, expected] : cases) {
         const ScopedEnv first("TMPDIR", tmpdir), second("TEMP", temp), third("TMP", tmp);

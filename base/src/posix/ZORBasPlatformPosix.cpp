@@ -80,6 +80,10 @@ double ProcessCpuSeconds() {
     return static_cast<double>(ts.tv_sec) + static_cast<double>(ts.tv_nsec) * 1e-9;
 }
 
+const char* GetEnv(const char* name) {
+    return std::getenv(name);
+}
+
 std::FILE* OpenFile(const ZORString& name, const char* mode) {
     return std::fopen(name.c_str(), mode);
 }

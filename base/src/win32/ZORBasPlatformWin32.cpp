@@ -4,9 +4,23 @@
 #include <windows.h>
 
 #include <cwchar>
+#include <mutex>
+#include <set>
 #include <string>
 
 namespace zorbas_os {
+namespace {
+
+std::string ToUTF8(const std::wstring& wide) {
+    const int size = static_cast<int>(wide.size());
+    const int bytes = WideCharToMultiByte(CP_UTF8, 0, wide.data(), size, nullptr, 0, nullptr, nullptr);
+    std::string utf8(static_cast<std::size_t>(bytes > 0 ? bytes : 0), '\0');
+    if (bytes > 0)
+        WideCharToMultiByte(CP_UTF8, 0, wide.data(), size, utf8.data(), bytes, nullptr, nullptr);
+    return utf8;
+}
+
+} // namespace
 
 bool LocaleToUTF8(const char* text, std::size_t size, std::string& utf8) {
     utf8.clear();
@@ -20,12 +34,8 @@ bool LocaleToUTF8(const char* text, std::size_t size, std::string& utf8) {
     std::wstring wide(static_cast<std::size_t>(wideSize), L'\0');
     if (MultiByteToWideChar(CP_ACP, MB_ERR_INVALID_CHARS, text, inSize, wide.data(), wideSize) != wideSize)
         return false;
-    const int outSize = WideCharToMultiByte(CP_UTF8, 0, wide.data(), wideSize, nullptr, 0, nullptr, nullptr);
-    if (outSize <= 0)
-        return false;
-    utf8.resize(static_cast<std::size_t>(outSize));
-    return WideCharToMultiByte(CP_UTF8, 0, wide.data(), wideSize, utf8.data(), outSize, nullptr, nullptr) ==
-           outSize;
+    utf8 = ToUTF8(wide);
+    return !utf8.empty();
 }
 
 double ProcessCpuSeconds() {
@@ -37,6 +47,27 @@ double ProcessCpuSeconds() {
     };
     // FILETIME counts 100 ns ticks.
     return static_cast<double>(ticks(kernel) + ticks(user)) * 1e-7;
+}
+
+// The C runtime's narrow environment is in the ANSI code page: read the
+// process's own, in UTF-16, and keep each value met in UTF-8, never freed,
+// as getenv's pointers live on too.
+const char* GetEnv(const char* name) {
+    const std::wstring wideName = ZORString(name).ToWChar();
+    // Unset: even an empty value needs room for its terminator.
+    DWORD size = GetEnvironmentVariableW(wideName.c_str(), nullptr, 0);
+    if (size == 0)
+        return nullptr;
+    std::wstring value;
+    while (size > value.size()) { // the value may grow between the calls
+        value.resize(size);
+        size = GetEnvironmentVariableW(wideName.c_str(), value.data(), size);
+    }
+    value.resize(size);
+    static auto* mutex = new std::mutex;
+    static auto* values = new std::set<std::string>;
+    const std::lock_guard<std::mutex> lock(*mutex);
+    return values->insert(ToUTF8(value)).first->c_str();
 }
 
 std::FILE* OpenFile(const ZORString& name, const char* mode) {
@@ -60,13 +91,7 @@ std::string SystemErrorText(int code) {
         wide.pop_back();
     if (wide.empty())
         return "Unknown error " + std::to_string(code);
-    const int bytes = WideCharToMultiByte(CP_UTF8, 0, wide.data(), static_cast<int>(wide.size()), nullptr, 0,
-                                          nullptr, nullptr);
-    std::string utf8(static_cast<std::size_t>(bytes > 0 ? bytes : 0), '\0');
-    if (bytes > 0)
-        WideCharToMultiByte(CP_UTF8, 0, wide.data(), static_cast<int>(wide.size()), utf8.data(), bytes,
-                            nullptr, nullptr);
-    return utf8;
+    return ToUTF8(wide);
 }
 
 ZORBAS_HOT unsigned long long Ticks() {
