@@ -1,4 +1,5 @@
-# Warnings for the project's own targets; errors when ZORSIM_WERROR is on (CI).
+# Compiler settings of the project's own targets: warnings (errors when
+# ZORSIM_WERROR is on, as in CI), and the code generation of its libraries.
 function(zorsim_warnings target)
   if(MSVC)
     target_compile_options(${target} PRIVATE /W4 $<$<BOOL:${ZORSIM_WERROR}>:/WX>)
