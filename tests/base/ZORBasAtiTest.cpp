@@ -17,25 +17,33 @@ using namespace zorsim_test;
 
 namespace {
 
-// The mutexes of the threading model are the command-line store's and the OS
-// file's tests'. Four threads bump a counter by read, yield, write: the total
-// comes out right only when the lock keeps the others out.
-TEST(BaseLocks, RecursiveGlobalLockExcludesOtherThreads) {
+// Four threads bump a counter by read, yield, write: the total comes out
+// right only when the lock keeps the others out, and the yield makes them
+// queue on it, so that a release must wake a waiter.
+template <class Lock, class Unlock> void ExpectExclusion(Lock lock, Unlock unlock) {
     long counter = 0;
     std::vector<std::thread> threads;
     for (int t = 0; t < 4; ++t)
         threads.emplace_back([&] {
             for (int i = 0; i < 5000; ++i) {
-                ZORBasAtiGlobalLock::Guard outer;
-                ZORBasAtiGlobalLock::Guard inner; // the same thread again
+                lock();
                 const long seen = counter;
                 std::this_thread::yield();
                 counter = seen + 1;
+                unlock();
             }
         });
     for (auto& thread : threads)
         thread.join();
     EXPECT_EQ(counter, 4 * 5000);
+}
+
+TEST(BaseLocks, RecursiveGlobalLockAndThreadingModelMutexExcludeOtherThreads) {
+    ExpectExclusion([] { ZORBasAtiGlobalLock::Lock(), ZORBasAtiGlobalLock::Lock(); }, // the same thread again
+                    [] { ZORBasAtiGlobalLock::Unlock(), ZORBasAtiGlobalLock::Unlock(); });
+    ZORBasAtiMutex* mutex = ZORBasAtiThreadingModel::newMutex();
+    ExpectExclusion([&] { mutex->Lock(); }, [&] { mutex->Unlock(); });
+    ZORBasAtiThreadingModel::deleteMutex(mutex);
 }
 
 // At process end the registry destroys what it holds, newest first, and is
