@@ -3,11 +3,13 @@
 #include "ZORSimTestSupport.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <map>
 #include <random>
+#include <regex>
 #include <sstream>
 #include <unistd.h> // MinGW has one too, for dup and dup2
 
@@ -16,9 +18,14 @@ namespace fs = std::filesystem;
 namespace zorsim_test {
 
 // From the platform file: a scenario child's arguments in UTF-8 (its
-// standard streams made ready for the parent).
+// standard streams made ready for the parent); a child started with these
+// standard streams (0: it could not be, a test failure), and its exit code
+// once it ends (-1: it did not end by itself).
 std::vector<std::string> ScenarioArguments(int argc, char** argv);
 std::string SelfPath();
+std::intptr_t Spawn(const std::string& program, const std::vector<std::string>& args,
+                    std::FILE* const files[3]);
+int Reap(std::intptr_t child);
 
 namespace {
 
@@ -47,7 +54,54 @@ void RemoveTree(const std::string& path) {
     fs::remove_all(Native(path), ignored);
 }
 
+std::string Drain(std::FILE* file) {
+    std::string text;
+    std::fflush(file);
+    std::rewind(file);
+    for (int c; (c = std::fgetc(file)) != EOF;)
+        text += static_cast<char>(c);
+    std::fclose(file);
+    return text;
+}
+
 } // namespace
+
+struct Process::Impl {
+    std::intptr_t child = 0;
+    std::FILE* files[3] = {}; // standard input, output and error
+};
+
+Process::Process(const std::string& program, const std::vector<std::string>& args, const std::string& input)
+    : m_impl(std::make_unique<Impl>()) {
+    for (std::FILE*& file : m_impl->files)
+        file = std::tmpfile();
+    std::fputs(input.c_str(), m_impl->files[0]);
+    std::fflush(m_impl->files[0]);
+    std::rewind(m_impl->files[0]);
+    m_impl->child = Spawn(program, args, m_impl->files);
+}
+
+Process::Process(Process&&) noexcept = default;
+Process::~Process() {
+    if (m_impl)
+        Wait();
+}
+
+ProcessResult Process::Wait() {
+    ProcessResult result;
+    if (m_impl->files[0] == nullptr)
+        return result; // waited for already
+    if (m_impl->child != 0)
+        result.exitCode = Reap(m_impl->child);
+    std::fclose(m_impl->files[0]);
+    m_impl->files[0] = nullptr;
+    // Line ends as the tests write them: on Windows, programs other than the
+    // scenario children write their standard streams in text mode, with CR LF.
+    const std::regex crlf("\r\n");
+    result.out = std::regex_replace(Drain(m_impl->files[1]), crlf, "\n");
+    result.err = std::regex_replace(Drain(m_impl->files[2]), crlf, "\n");
+    return result;
+}
 
 bool RegisterScenario(const char* name, Scenario scenario) {
     return Scenarios().emplace(name, scenario).second;
@@ -115,16 +169,6 @@ bool Exists(const std::string& path) {
 std::string GenericPath(const std::string& path) {
     const std::u8string text = fs::absolute(Native(path)).generic_u8string();
     return std::string(text.begin(), text.end());
-}
-
-std::string Drain(std::FILE* file) {
-    std::string text;
-    std::fflush(file);
-    std::rewind(file);
-    for (int c; (c = std::fgetc(file)) != EOF;)
-        text += static_cast<char>(c);
-    std::fclose(file);
-    return text;
 }
 
 StderrCapture::StderrCapture() : m_file(std::tmpfile()) {

@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
+#include <iostream>
 #include <memory>
 #include <optional>
 #include <string>
@@ -84,18 +85,11 @@ void ExpectInFreshProcess(const std::function<void()>& scenario, Output output =
                     ::testing::ScopedFakeTestPartResultReporter::INTERCEPT_ALL_THREADS, &results);
                 scenario();
             }
-            bool failed = false;
-            for (int i = 0; i < results.size(); ++i) {
-                const ::testing::TestPartResult& result = results.GetTestPartResult(i);
-                failed = failed || result.failed();
-                if (result.failed())
-                    std::fprintf(stderr, "%s:%d: %s\n", result.file_name() ? result.file_name() : "?",
-                                 result.line_number(), result.message());
-            }
-            std::fflush(stderr);
-            if (failed)
-                std::_Exit(1);
-            std::exit(0);
+            int failures = 0;
+            for (int i = 0; i < results.size(); ++i)
+                if (results.GetTestPartResult(i).failed() && ++failures)
+                    std::cerr << results.GetTestPartResult(i) << std::endl;
+            failures ? std::_Exit(1) : std::exit(0);
         },
         ::testing::ExitedWithCode(0), output);
 }
@@ -126,7 +120,6 @@ std::string GenericPath(const std::string& path);
 
 // A file that every write fails as on a full disk; "" where there is none.
 std::string FullDiskPath();
-bool IsWine();
 
 // Redirects standard error (the descriptor: the library's output too) until
 // Finish, which returns what was written.

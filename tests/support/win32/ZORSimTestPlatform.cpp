@@ -9,8 +9,6 @@
 
 #include <shellapi.h>
 
-#include <regex>
-
 namespace zorsim_test {
 namespace {
 
@@ -48,9 +46,12 @@ std::wstring Quoted(const std::wstring& arg) {
     return quoted + L"\"";
 }
 
-} // namespace
+bool IsWine() {
+    const HMODULE ntdll = GetModuleHandleW(L"ntdll.dll");
+    return ntdll != nullptr && GetProcAddress(ntdll, "wine_get_version") != nullptr;
+}
 
-std::string Drain(std::FILE* file);
+} // namespace
 
 // The parent reads the standard streams as bytes: no line-end translation.
 std::vector<std::string> ScenarioArguments(int, char**) {
@@ -71,13 +72,8 @@ void SetEnv(const char* name, const char* value) {
     SetEnvironmentVariableW(Wide(name).c_str(), value != nullptr ? Wide(value).c_str() : nullptr);
 }
 
-struct Process::Impl {
-    PROCESS_INFORMATION info{};
-    std::FILE* files[3] = {}; // standard input, output and error
-};
-
-Process::Process(const std::string& program, const std::vector<std::string>& args, const std::string& input)
-    : m_impl(std::make_unique<Impl>()) {
+std::intptr_t Spawn(const std::string& program, const std::vector<std::string>& args,
+                    std::FILE* const files[3]) {
     std::wstring command;
     for (const std::string& arg : args)
         command += (command.empty() ? L"" : L" ") + Quoted(Wide(arg));
@@ -86,45 +82,25 @@ Process::Process(const std::string& program, const std::vector<std::string>& arg
     startup.dwFlags = STARTF_USESTDHANDLES;
     HANDLE* handles[3] = {&startup.hStdInput, &startup.hStdOutput, &startup.hStdError};
     for (int i = 0; i < 3; ++i) {
-        m_impl->files[i] = std::tmpfile();
-        *handles[i] = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(m_impl->files[i])));
+        *handles[i] = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(files[i])));
         SetHandleInformation(*handles[i], HANDLE_FLAG_INHERIT, HANDLE_FLAG_INHERIT);
     }
-    std::fputs(input.c_str(), m_impl->files[0]);
-    std::fflush(m_impl->files[0]);
-    std::rewind(m_impl->files[0]);
+    PROCESS_INFORMATION info{};
     const bool started = CreateProcessW(Wide(program).c_str(), command.data(), nullptr, nullptr, TRUE, 0,
-                                        nullptr, nullptr, &startup, &m_impl->info);
+                                        nullptr, nullptr, &startup, &info);
     EXPECT_TRUE(started) << "cannot start " << program << ": error " << GetLastError();
+    CloseHandle(info.hThread);
+    return reinterpret_cast<std::intptr_t>(info.hProcess);
 }
 
-Process::Process(Process&&) noexcept = default;
-Process::~Process() {
-    if (m_impl)
-        Wait();
-}
-
-ProcessResult Process::Wait() {
-    ProcessResult result;
-    if (m_impl->files[0] == nullptr)
-        return result; // waited for already
-    if (m_impl->info.hProcess != nullptr) {
-        DWORD code = 0;
-        WaitForSingleObject(m_impl->info.hProcess, INFINITE);
-        // An unhandled exception ends a process with its NTSTATUS code.
-        if (GetExitCodeProcess(m_impl->info.hProcess, &code) && code < 0xC0000000u)
-            result.exitCode = static_cast<int>(code);
-        CloseHandle(m_impl->info.hProcess);
-        CloseHandle(m_impl->info.hThread);
-    }
-    std::fclose(m_impl->files[0]);
-    m_impl->files[0] = nullptr;
-    // Line ends as the tests write them: programs other than the scenario
-    // children write their standard streams in text mode, with CR LF.
-    const std::regex crlf("\r\n");
-    result.out = std::regex_replace(Drain(m_impl->files[1]), crlf, "\n");
-    result.err = std::regex_replace(Drain(m_impl->files[2]), crlf, "\n");
-    return result;
+// An unhandled exception ends a process with its NTSTATUS code.
+int Reap(std::intptr_t child) {
+    const HANDLE process = reinterpret_cast<HANDLE>(child);
+    DWORD code = 0;
+    WaitForSingleObject(process, INFINITE);
+    const bool exited = GetExitCodeProcess(process, &code) && code < 0xC0000000u;
+    CloseHandle(process);
+    return exited ? static_cast<int>(code) : -1;
 }
 
 std::string SelfPath() {
@@ -149,11 +125,6 @@ std::string FullDiskPath() {
         return GetDiskFreeSpaceExW(Wide("Z:" + mount).c_str(), &free, nullptr, nullptr) && free.QuadPart == 0;
     }();
     return full ? "Z:" + mount + "/full" : "";
-}
-
-bool IsWine() {
-    const HMODULE ntdll = GetModuleHandleW(L"ntdll.dll");
-    return ntdll != nullptr && GetProcAddress(ntdll, "wine_get_version") != nullptr;
 }
 
 LoadedLibrary::LoadedLibrary(const std::string& path) : m_handle(LoadLibraryW(Wide(path).c_str())) {
