@@ -42,7 +42,6 @@ int main(int argc, char** argv) {
 
     if (argc != 2)
         return 2;
-    CHECK(ZORSimContainers_initializeC() >= 2); /* loading counted once */
     snprintf(pattern, sizeof pattern, "%s/*.C", argv[1]);
     CHECK(ZORSimUttFileUtils_GlobInit(pattern, &glob, kCapacity, error) == 1);
 
@@ -79,14 +78,8 @@ int main(int argc, char** argv) {
     free(copy);
 
     /* No label or text is an empty one. */
-    ZORSimUttResourceMonitorInitialize(NULL, 0);
     ZORSimUttResourceMonitorIniTimer(9, NULL);
-    ZORSimUttResourceMonitorStartTimer(9);
-    ZORSimUttResourceMonitorStopTimer(9);
     ZORSimUttResourceMonitorMark(NULL);
-    ZORSimUttResourceMonitorSimMark(NULL);
-
-    ZORSimContainers_finalizeC();
     if (failures == 0)
         puts("capi ok");
     return failures != 0;
