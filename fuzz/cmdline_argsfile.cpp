@@ -1,13 +1,12 @@
 // Random arguments files: the store must hold exactly the pieces fgets cuts
 // the file into (line feed removed, at most 1024 arguments).
+#include "FuzzCheck.h"
 #include "ZORSimCommandLine.h"
-#include "ZORSimUttAssert.h"
 
 #include "ZORBasException.h"
 
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <random>
@@ -38,7 +37,6 @@ std::vector<std::string> ExpectedArguments(const std::uint8_t* data, std::size_t
 } // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    ZORSimUttAssertDisableExcReport();
     g_path =
         (std::filesystem::temp_directory_path() / ("zorsim-fuzz-" + std::to_string(std::random_device()())))
             .string();
@@ -62,11 +60,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         return 0; // a line that is no UTF-8 (the C locale's codeset)
     }
     const std::vector<std::string> expected = ExpectedArguments(data, size);
-    if (ZORSimCommandLine::NumArgs() != static_cast<int>(expected.size()))
-        std::abort();
+    REQUIRE(ZORSimCommandLine::NumArgs() == static_cast<int>(expected.size()));
     for (int i = 0; i < ZORSimCommandLine::NumArgs(); ++i)
-        if (expected[i] != ZORSimCommandLine::GetPosition(i).c_str() ||
-            ZORSimCommandLine::GetPosition(i).IsBAD())
-            std::abort();
+        REQUIRE(expected[i] == ZORSimCommandLine::GetPosition(i).c_str() &&
+                !ZORSimCommandLine::GetPosition(i).IsBAD());
     return 0;
 }

@@ -1,8 +1,8 @@
 // Random argument vectors (the input split at NUL bytes): the store must
 // keep them as given and answer every query as a plain model of the pairs
 // does.
+#include "FuzzCheck.h"
 #include "ZORSimCommandLine.h"
-#include "ZORSimUttAssert.h"
 
 #include "ZORBasException.h"
 
@@ -37,15 +37,9 @@ std::string Lower(std::string text) {
     return text;
 }
 
-void Check(bool condition) {
-    if (!condition)
-        std::abort();
-}
-
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    [[maybe_unused]] static const bool quiet = (ZORSimUttAssertDisableExcReport(), true);
     std::vector<std::string> args;
     const char* text = reinterpret_cast<const char*>(data);
     for (std::size_t at = 0; at <= size && args.size() < 256;) {
@@ -65,11 +59,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         return 0; // text that is no UTF-8 (the C locale's codeset)
     }
     const auto pairs = ModelPairs(args);
-    Check(ZORSimCommandLine::NumArgs() == static_cast<int>(args.size()));
-    Check(ZORSimCommandLine::NumPairs() == static_cast<int>(pairs.size()));
+    REQUIRE(ZORSimCommandLine::NumArgs() == static_cast<int>(args.size()));
+    REQUIRE(ZORSimCommandLine::NumPairs() == static_cast<int>(pairs.size()));
     const ZORString fallback("<none>");
     for (int i = 0; i < ZORSimCommandLine::NumArgs(); ++i) {
-        Check(args[i] == ZORSimCommandLine::GetPosition(i).c_str());
+        REQUIRE(args[i] == ZORSimCommandLine::GetPosition(i).c_str());
         // Ask for the argument both as it stands and without its dash.
         for (const std::string& key : {args[i], args[i].substr(args[i].starts_with('-') ? 1 : 0)}) {
             const ZORString name(key);
@@ -78,14 +72,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             const bool any = std::any_of(pairs.begin(), pairs.end(),
                                          [&](auto& p) { return Lower(p.first) == Lower(key); });
             const bool hasValue = exact != pairs.end() && !exact->second.empty();
-            Check(ZORSimCommandLine::IsMember(name) == (exact != pairs.end()));
-            Check(ZORSimCommandLine::IsMember(name, true) == any);
-            Check(ZORSimCommandLine::GetString(name, fallback).c_str() ==
-                  (hasValue ? exact->second : "<none>"));
-            Check(ZORSimCommandLine::GetInt(name, -7) == (hasValue ? std::atoi(exact->second.c_str()) : -7));
+            REQUIRE(ZORSimCommandLine::IsMember(name) == (exact != pairs.end()));
+            REQUIRE(ZORSimCommandLine::IsMember(name, true) == any);
+            REQUIRE(ZORSimCommandLine::GetString(name, fallback).c_str() ==
+                    (hasValue ? exact->second : "<none>"));
+            REQUIRE(ZORSimCommandLine::GetInt(name, -7) ==
+                    (hasValue ? std::atoi(exact->second.c_str()) : -7));
             ZORSimCommandLine::GetFloat(name, 0.5f);
-            Check(ZORSimCommandLine::ConstGetValue(key.c_str(), "<none>").str() ==
-                  ZORSimCommandLine::GetString(name, fallback).c_str());
+            REQUIRE(ZORSimCommandLine::ConstGetValue(key.c_str(), "<none>").str() ==
+                    ZORSimCommandLine::GetString(name, fallback).c_str());
         }
     }
     return 0;
