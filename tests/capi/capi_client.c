@@ -15,6 +15,9 @@ static void check(int ok, int line) {
     }
 }
 #define CHECK(condition) check((condition) != 0, __LINE__)
+/* A null pointer to read or write through: 0 and a text naming it. */
+#define CHECK_REFUSED(function, pointer, args)                                                               \
+    CHECK(function args == 0 && strcmp(error, #function ": " pointer " is a null pointer.") == 0)
 
 enum { kCapacity = 128 };
 
@@ -25,35 +28,24 @@ static char* Fresh(char* buffer) {
 }
 
 int main(int argc, char** argv) {
-    static const char* const nullTexts[] = {
-        "ZORSimUttFileUtils_GlobInit: pattern is a null pointer.",
-        "ZORSimUttFileUtils_GlobInit: handle is a null pointer.",
-        "ZORSimUttFileUtils_GlobEmpty: empty is a null pointer.",
-        "ZORSimUttFileUtils_GlobFront: front is a null pointer.",
-        "ZORSimUttPythonGlueTest_CheckString: input is a null pointer.",
-        "ZORSimUttPythonGlueTest_CheckString: output is a null pointer.",
-    };
-    char errors[6][kCapacity], error[kCapacity], pattern[1024];
-    unsigned char results[6], empty = 2;
+    char error[kCapacity], pattern[1024];
+    unsigned char empty = 2;
     void* glob = NULL;
     const char* front = NULL;
     char* copy = NULL;
-    int i, found = 0;
+    int found = 0;
 
     if (argc != 2)
         return 2;
     snprintf(pattern, sizeof pattern, "%s/*.C", argv[1]);
     CHECK(ZORSimUttFileUtils_GlobInit(pattern, &glob, kCapacity, error) == 1);
 
-    /* A null pointer to read or write through: 0 and a text naming it. */
-    results[0] = ZORSimUttFileUtils_GlobInit(NULL, &glob, kCapacity, Fresh(errors[0]));
-    results[1] = ZORSimUttFileUtils_GlobInit(pattern, NULL, kCapacity, Fresh(errors[1]));
-    results[2] = ZORSimUttFileUtils_GlobEmpty(glob, NULL, kCapacity, Fresh(errors[2]));
-    results[3] = ZORSimUttFileUtils_GlobFront(glob, NULL, kCapacity, Fresh(errors[3]));
-    results[4] = ZORSimUttPythonGlueTest_CheckString(NULL, &copy, Fresh(errors[4]), kCapacity);
-    results[5] = ZORSimUttPythonGlueTest_CheckString("x", NULL, Fresh(errors[5]), kCapacity);
-    for (i = 0; i < 6; ++i)
-        CHECK(results[i] == 0 && strcmp(errors[i], nullTexts[i]) == 0);
+    CHECK_REFUSED(ZORSimUttFileUtils_GlobInit, "pattern", (NULL, &glob, kCapacity, Fresh(error)));
+    CHECK_REFUSED(ZORSimUttFileUtils_GlobInit, "handle", (pattern, NULL, kCapacity, Fresh(error)));
+    CHECK_REFUSED(ZORSimUttFileUtils_GlobEmpty, "empty", (glob, NULL, kCapacity, Fresh(error)));
+    CHECK_REFUSED(ZORSimUttFileUtils_GlobFront, "front", (glob, NULL, kCapacity, Fresh(error)));
+    CHECK_REFUSED(ZORSimUttPythonGlueTest_CheckString, "input", (NULL, &copy, Fresh(error), kCapacity));
+    CHECK_REFUSED(ZORSimUttPythonGlueTest_CheckString, "output", ("x", NULL, Fresh(error), kCapacity));
     CHECK(copy == NULL);
 
     /* The text is cut to the capacity; no buffer or no room: nothing written. */
