@@ -3,7 +3,6 @@
 // and win32/ implement it. Text and paths are UTF-8 on every platform.
 #pragma once
 
-#include <gtest/gtest-spi.h>
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -79,17 +78,13 @@ void ExpectInFreshProcess(const std::function<void()>& scenario, Output output =
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(
         {
-            ::testing::TestPartResultArray results;
-            {
-                ::testing::ScopedFakeTestPartResultReporter collect(
-                    ::testing::ScopedFakeTestPartResultReporter::INTERCEPT_ALL_THREADS, &results);
-                scenario();
-            }
-            int failures = 0;
-            for (int i = 0; i < results.size(); ++i)
-                if (results.GetTestPartResult(i).failed() && ++failures)
-                    std::cerr << results.GetTestPartResult(i) << std::endl;
-            failures ? std::_Exit(1) : std::exit(0);
+            scenario();
+            const ::testing::TestResult& result =
+                *::testing::UnitTest::GetInstance()->current_test_info()->result();
+            for (int i = 0; i < result.total_part_count(); ++i)
+                if (result.GetTestPartResult(i).failed())
+                    std::cerr << result.GetTestPartResult(i) << std::endl;
+            result.Failed() ? std::_Exit(1) : std::exit(0);
         },
         ::testing::ExitedWithCode(0), output);
 }
