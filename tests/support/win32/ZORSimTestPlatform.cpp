@@ -9,22 +9,18 @@
 
 #include <shellapi.h>
 
+#include <filesystem>
+
 namespace zorsim_test {
 namespace {
 
 std::wstring Wide(const std::string& text) {
-    const int size = static_cast<int>(text.size());
-    std::wstring wide(MultiByteToWideChar(CP_UTF8, 0, text.data(), size, nullptr, 0), L'\0');
-    MultiByteToWideChar(CP_UTF8, 0, text.data(), size, wide.data(), static_cast<int>(wide.size()));
-    return wide;
+    return std::filesystem::path(std::u8string(text.begin(), text.end())).wstring();
 }
 
 std::string Narrow(const std::wstring& wide) {
-    const int size = static_cast<int>(wide.size());
-    std::string text(WideCharToMultiByte(CP_UTF8, 0, wide.data(), size, nullptr, 0, nullptr, nullptr), '\0');
-    WideCharToMultiByte(CP_UTF8, 0, wide.data(), size, text.data(), static_cast<int>(text.size()), nullptr,
-                        nullptr);
-    return text;
+    const std::u8string text = std::filesystem::path(wide).u8string();
+    return {text.begin(), text.end()};
 }
 
 // Quoted so that the child's C runtime splits the argument off unchanged:
