@@ -11,9 +11,6 @@ int main() {
             std::strcmp(e.AsString(ZORBasStringMode(false)).c_str(), "No such file: /data/run.1.tmp"))
             return 1;
     }
-    if (ZORSimContainers_initializeC() < 2)
-        return 2;
-    ZORSimContainers_finalizeC();
     std::puts("consumer ok");
     return 0;
 }
