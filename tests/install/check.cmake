@@ -6,14 +6,12 @@
 # -DEMULATOR=<runner> -DOBJDUMP=<objdump>]
 set(prefix "${WORK_DIR}/prefix")
 # Runs a command; fails unless it succeeds and its output matches `expected`.
-function(step what expected)
+macro(step what expected)
   execute_process(COMMAND ${ARGN} RESULT_VARIABLE rc OUTPUT_VARIABLE out ERROR_VARIABLE err)
   if(rc OR NOT out MATCHES "${expected}")
     message(FATAL_ERROR "${what} failed: ${rc}\n${out}\n${err}")
   endif()
-  set(out "${out}" PARENT_SCOPE)
-  set(err "${err}" PARENT_SCOPE)
-endfunction()
+endmacro()
 
 file(REMOVE_RECURSE "${WORK_DIR}")
 step(install "" "${CMAKE_COMMAND}" --install "${BUILD_DIR}" --prefix "${prefix}")
