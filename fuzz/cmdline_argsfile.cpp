@@ -9,11 +9,12 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
-#include <random>
+#include <unistd.h>
+#include <vector>
 
 namespace {
 
-std::string g_path;
+std::filesystem::path g_path;
 
 // Pieces of at most 1023 bytes ending at a line feed, each cut at its first
 // NUL, less a final line feed.
@@ -37,9 +38,7 @@ std::vector<std::string> ExpectedArguments(const std::uint8_t* data, std::size_t
 } // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    g_path =
-        (std::filesystem::temp_directory_path() / ("zorsim-fuzz-" + std::to_string(std::random_device()())))
-            .string();
+    g_path = std::filesystem::temp_directory_path() / ("zorsim-fuzz-" + std::to_string(getpid()));
     std::atexit([] { std::filesystem::remove(g_path); });
     // The reader's warnings are not under test; keep libFuzzer's output
     // readable (it and the sanitizers write to the descriptor, not here).
@@ -52,7 +51,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::FILE* file = std::fopen(g_path.c_str(), "wb");
     std::fwrite(data, 1, size, file);
     std::fclose(file);
-    std::string args[] = {"prog", "-clargsfile", g_path};
+    std::string args[] = {"prog", "-clargsfile", g_path.string()};
     char* argv[] = {args[0].data(), args[1].data(), args[2].data(), nullptr};
     try {
         ZORSimCommandLine set(3, argv);
