@@ -3,11 +3,12 @@
 #include "ZORSimUttOSPlatform.h"
 #include "ZORSimUttOSWin32.h"
 
+#include "ZORBasAti.h"
+
 #include <dbghelp.h>
 #include <psapi.h>
 
 #include <cstdint>
-#include <cstdlib>
 #include <vector>
 
 namespace ZORSimUttOS::Platform {
@@ -73,15 +74,9 @@ bool InitializeSymbols() {
         SymCleanup(SymbolHandle());
         g_ready = false;
     }
-    const char* path = std::getenv("PATH");
-    std::wstring searchPath;
-    if (path != nullptr) {
-        const int size = MultiByteToWideChar(CP_ACP, 0, path, -1, nullptr, 0);
-        if (size > 0) {
-            searchPath.resize(static_cast<std::size_t>(size));
-            MultiByteToWideChar(CP_ACP, 0, path, -1, searchPath.data(), size);
-        }
-    }
+    // In UTF-8 from the base, so that no directory is lost to the ANSI code page.
+    const char* path = ZORBasGetEnv("PATH");
+    const std::wstring searchPath = ZORString(path).ToWChar();
     if (!SymInitializeW(SymbolHandle(), path != nullptr ? searchPath.c_str() : nullptr, FALSE))
         return false;
     SymSetOptions(SymGetOptions() | kSymbolOptions);
