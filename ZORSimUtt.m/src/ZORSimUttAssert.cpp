@@ -6,6 +6,7 @@
 // the OS seam.
 #include "ZORSimUttAssert.h"
 
+#include "ZORBasAti.h"
 #include "ZORBasException.h"
 #include "ZORSimExcStorage.h"
 #include "ZORSimUttAssertInternal.h"
@@ -14,7 +15,6 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdio>
-#include <cstdlib>
 #include <mutex>
 #include <stdexcept>
 #include <string>
@@ -39,7 +39,7 @@ int DecideReportMode() {
     std::lock_guard<std::mutex> lock(g_reportModeMutex);
     mode = g_reportMode.load(std::memory_order_relaxed);
     if (mode == kUndecided) {
-        if (std::getenv("SIM_DISABLE_EXCEPTION_REPORT") != nullptr) {
+        if (ZORBasGetEnv("SIM_DISABLE_EXCEPTION_REPORT") != nullptr) {
             std::fputs("!!! - SIM Exception throw reports are disabled.\n", stderr);
             mode = kBannerOnly;
         } else {
