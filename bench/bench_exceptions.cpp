@@ -138,16 +138,18 @@ ZORSIM_NOINLINE void ThrowSmall(unsigned long long value) {
     throw SmallError{1010, value};
 }
 
-void BM_BareThrowCatch(benchmark::State& state) {
-    unsigned long long value = 4096;
-    const auto t0 = Clock::now();
-    for (auto _ : state) {
-        try {
-            ThrowSmall(value);
-        } catch (const SmallError& error) {
-            benchmark::DoNotOptimize(error.value);
-        }
+void BareThrowCatch(unsigned long long value) {
+    try {
+        ThrowSmall(value);
+    } catch (const SmallError& error) {
+        benchmark::DoNotOptimize(error.value);
     }
+}
+
+void BM_BareThrowCatch(benchmark::State& state) {
+    const auto t0 = Clock::now();
+    for (auto _ : state)
+        BareThrowCatch(4096);
     RecordBaseline(state, "throw", Clock::now() - t0);
 }
 BENCHMARK(BM_BareThrowCatch);
@@ -169,14 +171,7 @@ void BM_Propagate_ReportsDisabled(benchmark::State& state) {
     SetMode(Mode::Disabled);
     PropagateAtDepth(kDepth);
     bench::Paired(
-        state, 64,
-        [](std::size_t i) {
-            try {
-                ThrowSmall(i);
-            } catch (const SmallError& error) {
-                benchmark::DoNotOptimize(error.value);
-            }
-        },
+        state, 64, [](std::size_t i) { BareThrowCatch(i); },
         [](std::size_t) { benchmark::DoNotOptimize(PropagateAtDepth(kDepth)); }, "throw");
     SetMode(Mode::BannerAndTrace);
 }
