@@ -57,7 +57,7 @@ public:
     }
     ZORBAS_HOT void Unlock() override {
         if (m_state.exchange(0, std::memory_order_release) == 2)
-            m_state.notify_one();
+            zorbas_os::WakeOne(m_state);
     }
 
 private:
@@ -66,7 +66,7 @@ private:
         if (seen != 2)
             seen = m_state.exchange(2, std::memory_order_acquire);
         while (seen != 0) {
-            m_state.wait(2, std::memory_order_relaxed);
+            zorbas_os::WaitWhile(m_state, 2);
             seen = m_state.exchange(2, std::memory_order_acquire);
         }
     }

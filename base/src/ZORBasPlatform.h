@@ -5,6 +5,7 @@
 
 #include "ZORString.h"
 
+#include <atomic>
 #include <cstddef>
 #include <cstdio>
 #include <string>
@@ -28,6 +29,12 @@ double SecondsPerTick();
 
 // The system's text for an OS error code (errno, or GetLastError on Windows).
 std::string SystemErrorText(int code);
+
+// Sleeps while `word` holds `value` (it may return early, so callers
+// re-check); wakes one thread sleeping on `word`. The C++ library's own
+// atomic wait loses wake-ups on some Windows toolchains.
+void WaitWhile(std::atomic<int>& word, int value);
+void WakeOne(std::atomic<int>& word);
 
 // The value of an environment variable in UTF-8; null when it is unset. The
 // text stays valid for the life of the process.

@@ -2,6 +2,7 @@
 #include "../ZORBasPlatform.h"
 
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <ctime>
 #if defined(__x86_64__)
@@ -10,6 +11,9 @@
 #endif
 #include <iconv.h>
 #include <langinfo.h>
+#include <linux/futex.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 namespace zorbas_os {
 
@@ -78,6 +82,14 @@ double ProcessCpuSeconds() {
     if (clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &ts) != 0)
         return static_cast<double>(std::clock()) / CLOCKS_PER_SEC;
     return static_cast<double>(ts.tv_sec) + static_cast<double>(ts.tv_nsec) * 1e-9;
+}
+
+void WaitWhile(std::atomic<int>& word, int value) {
+    syscall(SYS_futex, reinterpret_cast<int*>(&word), FUTEX_WAIT_PRIVATE, value, nullptr, nullptr, 0);
+}
+
+void WakeOne(std::atomic<int>& word) {
+    syscall(SYS_futex, reinterpret_cast<int*>(&word), FUTEX_WAKE_PRIVATE, 1, nullptr, nullptr, 0);
 }
 
 const char* GetEnv(const char* name) {

@@ -49,6 +49,14 @@ double ProcessCpuSeconds() {
     return static_cast<double>(ticks(kernel) + ticks(user)) * 1e-7;
 }
 
+void WaitWhile(std::atomic<int>& word, int value) {
+    WaitOnAddress(reinterpret_cast<volatile void*>(&word), &value, sizeof value, INFINITE);
+}
+
+void WakeOne(std::atomic<int>& word) {
+    WakeByAddressSingle(reinterpret_cast<void*>(&word));
+}
+
 // The C runtime's narrow environment is in the ANSI code page: read the
 // process's own, in UTF-16, and keep each value met in UTF-8, never freed,
 // as getenv's pointers live on too.
