@@ -12,6 +12,14 @@
 #include <string>
 #include <vector>
 
+// A Windows DLL cannot share its thread-local data with its callers, so
+// there the transfer timer stays out of line, in the base library.
+#if defined(_WIN32)
+#    define ZORBAS_IO_TIMER_INLINE 0
+#else
+#    define ZORBAS_IO_TIMER_INLINE 1
+#endif
+
 template <class T> using ZORBasSharedPtr = std::shared_ptr<T>;
 
 class ZORBAS_API ZORBasUtlIOFileStats {
@@ -57,7 +65,8 @@ public:
     void usefile_Close(const ZORBasSharedPtr<ZORBasUtlIOFileStats>& stats);
     // Times one OS transfer of the calling thread: StartTimer before the call,
     // StopTimer after a successful one with the bytes it moved. Neither
-    // allocates or locks.
+    // allocates or locks. Inline where a library can share thread-local data
+    // with its callers, so that a transfer costs no call into this one.
     void StartTimer(int kind);
     void StopTimer(unsigned long long bytes, int kind, const ZORBasSharedPtr<ZORBasUtlIOFileStats>& stats);
 
@@ -67,8 +76,35 @@ public:
     void Report(std::FILE* out) const;
 
 private:
+    // The calling thread's transfers in progress, and the clock it reads
+    // (chosen on the thread's first transfer; kept here beside the start ticks
+    // so that reading the clock touches nothing else).
+    struct ThreadTimer {
+        unsigned long long start[3];
+        bool started[3];
+        unsigned char clock; // one of the k...Clock values
+    };
+    static constexpr unsigned char kUnchosenClock = 0;
+    static constexpr unsigned char kCounterClock = 1; // the processor's time-stamp counter
+    static constexpr unsigned char kOsClock = 2;
+    static bool ValidKind(int kind) {
+        return kind == ZORBasUtlIOFileStats::kRead || kind == ZORBasUtlIOFileStats::kWrite;
+    }
+    static ThreadTimer& Timer();
+    static unsigned long long Ticks(ThreadTimer& timer);
+    // The clock through the OS; chooses the thread's clock on its first call.
+    static unsigned long long OsTicks(ThreadTimer& timer);
+#if ZORBAS_IO_TIMER_INLINE
+    static constinit ZORBAS_FAST_TLS thread_local ThreadTimer t_timer;
+#endif
+
     struct Impl;
     Impl* m_impl;
 };
+
+#if ZORBAS_IO_TIMER_INLINE
+#    define ZORBAS_IO_TIMER_DEFINITION inline
+#    include "ZORBasUtlIOTimer.inc"
+#endif
 
 extern template class ZORBAS_API omi_Singleton<ZORBasUtlIOStats>;

@@ -24,6 +24,9 @@ double ProcessCpuSeconds();
 // processor's invariant time-stamp counter where there is one (the
 // performance counter on Windows), else nanoseconds.
 unsigned long long Ticks();
+// Whether Ticks reads the time-stamp counter, which callers may then read
+// themselves.
+bool TicksAreCounter();
 // The length of one tick in seconds.
 double SecondsPerTick();
 

@@ -9,27 +9,12 @@
 
 template class ZORBAS_INSTANTIATION_API omi_Singleton<ZORBasUtlIOStats>;
 
-namespace {
-
-bool ValidKind(int kind) {
-    return kind == ZORBasUtlIOFileStats::kRead || kind == ZORBasUtlIOFileStats::kWrite;
-}
-
-// Start ticks of the calling thread's transfer in progress, one per kind.
-struct ThreadTimer {
-    unsigned long long start[3];
-    bool started[3];
-};
-ZORBAS_FAST_TLS thread_local ThreadTimer t_timer{};
-
-} // namespace
-
 // ---- ZORBasUtlIOFileStats --------------------------------------------------------
 
 ZORBasUtlIOFileStats::ZORBasUtlIOFileStats(const ZORString& name) : m_name(name) {}
 
 ZORBasUtlIOFileStats::Totals ZORBasUtlIOFileStats::Get(int kind) const {
-    if (!ValidKind(kind))
+    if (kind != kRead && kind != kWrite)
         return Totals{};
     const Counters& counters = m_counters[kind];
     Totals totals;
@@ -86,30 +71,21 @@ void ZORBasUtlIOStats::usefile_Close(const ZORBasSharedPtr<ZORBasUtlIOFileStats>
     }
 }
 
-ZORBAS_HOT void ZORBasUtlIOStats::StartTimer(int kind) {
-    if (!ValidKind(kind))
-        return;
-    ThreadTimer& timer = t_timer;
-    timer.start[kind] = zorbas_os::Ticks();
-    timer.started[kind] = true;
+#if ZORBAS_IO_TIMER_INLINE
+constinit ZORBAS_FAST_TLS thread_local ZORBasUtlIOStats::ThreadTimer ZORBasUtlIOStats::t_timer{};
+#else
+ZORBAS_HOT ZORBasUtlIOStats::ThreadTimer& ZORBasUtlIOStats::Timer() {
+    static thread_local ThreadTimer timer{};
+    return timer;
 }
+#    define ZORBAS_IO_TIMER_DEFINITION ZORBAS_HOT
+#    include "ZORBasUtlIOTimer.inc"
+#endif
 
-ZORBAS_HOT void ZORBasUtlIOStats::StopTimer(unsigned long long bytes, int kind,
-                                            const ZORBasSharedPtr<ZORBasUtlIOFileStats>& stats) {
-    if (!ValidKind(kind))
-        return;
-    unsigned long long ticks = 0;
-    ThreadTimer& timer = t_timer;
-    if (timer.started[kind]) {
-        ticks = zorbas_os::Ticks() - timer.start[kind];
-        timer.started[kind] = false;
-    }
-    if (!stats)
-        return;
-    ZORBasUtlIOFileStats::Counters& counters = stats->m_counters[kind];
-    counters.bytes.fetch_add(bytes, std::memory_order_relaxed);
-    counters.calls.fetch_add(1, std::memory_order_relaxed);
-    counters.ticks.fetch_add(ticks, std::memory_order_relaxed);
+ZORBAS_HOT unsigned long long ZORBasUtlIOStats::OsTicks(ThreadTimer& timer) {
+    if (timer.clock == kUnchosenClock)
+        timer.clock = zorbas_os::TicksAreCounter() ? kCounterClock : kOsClock;
+    return zorbas_os::Ticks();
 }
 
 std::vector<ZORBasSharedPtr<ZORBasUtlIOFileStats>> ZORBasUtlIOStats::Files() const {

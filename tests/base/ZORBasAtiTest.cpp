@@ -87,6 +87,30 @@ TEST(BaseIOStats, OneRecordPerName) {
     EXPECT_EQ(a->Opens(), 3);
 }
 
+// Transfers are timed in seconds on a thread's very first timer (its clock
+// still to be chosen) and on later ones; a stop without a start counts no time.
+TEST(BaseIOStats, TransfersTimedInSeconds) {
+    ZORBasUtlIOStats stats;
+    auto file = stats.usefile_Open(ZORString("t.dat"));
+    std::thread([&] {
+        for (int kind : {ZORBasUtlIOFileStats::kRead, ZORBasUtlIOFileStats::kWrite, 3}) {
+            stats.StartTimer(kind);
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+            stats.StopTimer(100, kind, file);
+        }
+        stats.StopTimer(1, ZORBasUtlIOFileStats::kRead, file);
+    }).join();
+    const auto read = file->Get(ZORBasUtlIOFileStats::kRead);
+    const auto write = file->Get(ZORBasUtlIOFileStats::kWrite);
+    EXPECT_EQ(101u, read.bytes);
+    EXPECT_EQ(2u, read.calls);
+    EXPECT_EQ(100u, write.bytes);
+    for (double seconds : {read.seconds, write.seconds}) {
+        EXPECT_GE(seconds, 0.019);
+        EXPECT_LT(seconds, 2.0);
+    }
+}
+
 // "timer label starts running|stopped;" for each row.
 std::string Rows(const bcu_ResourceMonitor& monitor) {
     std::string out;

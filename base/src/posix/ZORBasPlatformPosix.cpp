@@ -145,6 +145,10 @@ ZORBAS_HOT unsigned long long Ticks() {
     return MonotonicNanoseconds();
 }
 
+bool TicksAreCounter() {
+    return g_tsc;
+}
+
 // The counter's rate measured against the monotonic clock since load, over
 // at least 10 ms so that the two readings' own cost does not count.
 double SecondsPerTick() {

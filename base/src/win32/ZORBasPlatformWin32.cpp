@@ -108,6 +108,10 @@ ZORBAS_HOT unsigned long long Ticks() {
     return static_cast<unsigned long long>(now.QuadPart);
 }
 
+bool TicksAreCounter() {
+    return false;
+}
+
 double SecondsPerTick() {
     LARGE_INTEGER frequency;
     QueryPerformanceFrequency(&frequency);
