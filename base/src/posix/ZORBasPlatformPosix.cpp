@@ -131,9 +131,28 @@ unsigned long long MonotonicNanoseconds() {
            static_cast<unsigned long long>(now.tv_nsec);
 }
 
-// Both clocks read at load, for the counter's rate.
-const unsigned long long g_loadTicks = Ticks();
-const unsigned long long g_loadNanoseconds = MonotonicNanoseconds();
+// The counter and the monotonic clock read at one instant: the counter is
+// read on both sides of the clock, and again while a thread switch or a long
+// pause falls between the two, which would skew the pair.
+struct ClockPair {
+    unsigned long long ticks;
+    unsigned long long nanoseconds;
+};
+ClockPair ReadClocks() {
+    ClockPair pair{};
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        const unsigned long long before = Ticks();
+        pair.nanoseconds = MonotonicNanoseconds();
+        const unsigned long long after = Ticks();
+        pair.ticks = before + (after - before) / 2;
+        if (after - before < 100000) // some 30 us at today's rates
+            break;
+    }
+    return pair;
+}
+
+// Both clocks at load, for the counter's rate.
+const ClockPair g_load = g_tsc ? ReadClocks() : ClockPair{};
 
 } // namespace
 
@@ -150,16 +169,18 @@ bool TicksAreCounter() {
 }
 
 // The counter's rate measured against the monotonic clock since load, over
-// at least 10 ms so that the two readings' own cost does not count.
+// at least 10 ms so that the readings' own cost does not count.
 double SecondsPerTick() {
     if (!g_tsc)
         return 1e-9;
-    unsigned long long nanoseconds = 0, ticks = 0;
-    do {
-        nanoseconds = MonotonicNanoseconds() - g_loadNanoseconds;
-        ticks = Ticks() - g_loadTicks;
-    } while (nanoseconds < 10000000ull);
-    return ticks == 0 ? 1e-9 : static_cast<double>(nanoseconds) * 1e-9 / static_cast<double>(ticks);
+    ClockPair now{};
+    do
+        now = ReadClocks();
+    while (now.nanoseconds - g_load.nanoseconds < 10000000ull);
+    const unsigned long long ticks = now.ticks - g_load.ticks;
+    return ticks == 0 ? 1e-9
+                      : static_cast<double>(now.nanoseconds - g_load.nanoseconds) * 1e-9 /
+                            static_cast<double>(ticks);
 }
 
 } // namespace zorbas_os
