@@ -95,7 +95,13 @@ private:
     // The clock through the OS; chooses the thread's clock on its first call.
     static unsigned long long OsTicks(ThreadTimer& timer);
 #if ZORBAS_IO_TIMER_INLINE
+    // Constant-initialised: callers then read it without a per-access check
+    // for a thread-local constructor (C++20; older callers still work).
+#    if defined(__cpp_constinit)
     static constinit ZORBAS_FAST_TLS thread_local ThreadTimer t_timer;
+#    else
+    static ZORBAS_FAST_TLS thread_local ThreadTimer t_timer;
+#    endif
 #endif
 
     struct Impl;
