@@ -1,15 +1,11 @@
 // What a process decides once (storage budget, locking switch, where
-// temporary files go), each in a fresh process; clean-up at process end, and
-// the lock between processes.
+// temporary files go), each in a fresh process, and clean-up at process end.
 #include "ZORSimTestErrors.h"
 
 #include "ZORSimUttFilePathParser.h"
 #include "ZORSimUttOSFile.h"
 
-#include <chrono>
-#include <cstring>
 #include <filesystem>
-#include <thread>
 
 using namespace zorsim_test;
 
@@ -23,33 +19,6 @@ const bool g_cleanEnvironment = [] {
         SetEnv(name, nullptr);
     return true;
 }();
-
-constexpr int kRounds = 300;
-
-// Adds one to the counter in file args[1] kRounds times under the lock,
-// after a file generated from args[2] says it is about to start (the names
-// the children take at once go to the next number); the exit code counts
-// refusals. An update open refuses other writers, so each round opens the
-// counter anew; the lock is taken through a read-only open, which does not.
-ZORSIM_SCENARIO(LockedIncrements) {
-    ZORSimUttOSFile lock;
-    lock.OpenRead(args.at(1));
-    ZORSimUttOSFile().CreateGenerated(args.at(2), ".ready", false);
-    int refused = 0;
-    for (int round = 0; round < kRounds; ++round) {
-        refused += lock.Lock() ? 0 : 1;
-        ZORSimUttOSFile file;
-        file.OpenUpdate(args.at(1));
-        long value = 0;
-        file.ReadAtomic(0, reinterpret_cast<char*>(&value), sizeof value);
-        ++value;
-        std::this_thread::yield(); // invites the others into the gap the lock closes
-        file.WriteAtomic(0, reinterpret_cast<const char*>(&value), sizeof value);
-        file.Close();
-        lock.Unlock();
-    }
-    return refused;
-}
 
 // A temporary file still open when the process ends.
 ZORSIM_SCENARIO(TemporaryLeftOpen) {
@@ -129,28 +98,4 @@ TEST(OSFileTemporary, DirectoryCandidatesInOrderAndRemovalAtProcessEnd) {
     // One still open when its process ends is removed.
     EXPECT_EQ(0, RunScenario("TemporaryLeftOpen", {"child", dir.Path()}).exitCode);
     EXPECT_FALSE(Exists(dir / "SimTemp.1.tmp"));
-}
-
-TEST(OSFileLock, ProcessesTakingTheLockLoseNoUpdate) {
-    constexpr int kProcesses = 4;
-    TempDir dir;
-    const std::string counter = dir.File("counter", std::string(sizeof(long), '\0'));
-    // Held until every child is about to take it, so that they queue up on it.
-    ZORSimUttOSFile gate;
-    gate.OpenRead(counter);
-    ASSERT_TRUE(gate.Lock());
-    std::vector<Process> children;
-    for (int p = 0; p < kProcesses; ++p)
-        children.push_back(StartScenario("LockedIncrements", {"child", counter, dir / "child"}));
-    for (int wait = 0; wait < 1000 && !Exists(dir / ("child." + std::to_string(kProcesses) + ".ready"));
-         ++wait)
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    gate.Unlock();
-    for (Process& child : children) {
-        const ProcessResult run = child.Wait();
-        EXPECT_EQ(run.exitCode, 0) << run.err;
-    }
-    long total = 0;
-    std::memcpy(&total, ReadBytes(counter).data(), sizeof total);
-    EXPECT_EQ(kProcesses * kRounds, total);
 }
