@@ -40,7 +40,7 @@ TEST_F(OSFile, FourOpensAndTheirFailures) {
     const std::string name = m_dir / "f", missing = m_dir / "missing", shown = OsName(missing).c_str();
     for (const auto& [openOf, readOnly, written] : opens) {
         const Open open = openOf; // a lambda may not capture a binding before clang 16
-        WriteBytes(name, "abcdef");
+        m_dir.File("f", "abcdef");
         ZORSimUttOSFile file;
         // A missing directory is "path not found", never "no such file".
         ExpectSystemError([&] { (file.*open)(m_dir / "no-dir/f"); }, Service::CreateFile,

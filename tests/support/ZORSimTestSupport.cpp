@@ -81,10 +81,8 @@ Process::Process(const std::string& program, const std::vector<std::string>& arg
     m_impl->child = Spawn(program, args, m_impl->files);
 }
 
-Process::Process(Process&&) noexcept = default;
 Process::~Process() {
-    if (m_impl)
-        Wait();
+    Wait();
 }
 
 ProcessResult Process::Wait() {
@@ -107,9 +105,9 @@ bool RegisterScenario(const char* name, Scenario scenario) {
     return Scenarios().emplace(name, scenario).second;
 }
 
-Process StartScenario(const std::string& name, const std::vector<std::string>& args) {
+ProcessResult RunScenario(const std::string& name, const std::vector<std::string>& args) {
     const ScopedEnv scenario(kScenarioVariable, name.c_str());
-    return Process(SelfPath(), args);
+    return Process(SelfPath(), args).Wait();
 }
 
 TempDir::TempDir(bool atExit) : m_atExit(atExit) {
@@ -138,7 +136,7 @@ TempDir::~TempDir() {
 std::string TempDir::File(const std::string& relative, const std::string& bytes, bool readOnly) const {
     const std::string path = *this / relative;
     fs::create_directories(Native(path).parent_path());
-    WriteBytes(path, bytes);
+    std::ofstream(Native(path), std::ios::binary) << bytes;
     if (readOnly)
         MakeReadOnly(path);
     return path;
@@ -150,10 +148,6 @@ std::string TempDir::Dir(const std::string& relative, bool readOnly) const {
     if (readOnly)
         MakeReadOnly(path);
     return path;
-}
-
-void WriteBytes(const std::string& path, const std::string& bytes) {
-    std::ofstream(Native(path), std::ios::binary) << bytes;
 }
 
 std::string ReadBytes(const std::string& path) {

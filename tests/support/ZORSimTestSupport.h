@@ -45,7 +45,6 @@ struct ProcessResult {
 class Process {
 public:
     Process(const std::string& program, const std::vector<std::string>& args, const std::string& input = {});
-    Process(Process&&) noexcept;
     ~Process();
     ProcessResult Wait();
 
@@ -54,7 +53,7 @@ private:
     std::unique_ptr<Impl> m_impl;
 };
 
-// A scenario runs instead of the tests in a child that StartScenario starts
+// A scenario runs instead of the tests in a child that RunScenario starts
 // from this test program; it returns the exit code. Define one as
 // ZORSIM_SCENARIO(Name) { ... }, with `args` the child's arguments.
 using Scenario = int (*)(const std::vector<std::string>& args);
@@ -64,10 +63,7 @@ bool RegisterScenario(const char* name, Scenario scenario);
     [[maybe_unused]] static const bool ZorsimScenarioAdded_##name =                                          \
         ::zorsim_test::RegisterScenario(#name, ZorsimScenario_##name);                                       \
     static int ZorsimScenario_##name([[maybe_unused]] const std::vector<std::string>& args)
-Process StartScenario(const std::string& name, const std::vector<std::string>& args);
-inline ProcessResult RunScenario(const std::string& name, const std::vector<std::string>& args) {
-    return StartScenario(name, args).Wait();
-}
+ProcessResult RunScenario(const std::string& name, const std::vector<std::string>& args);
 
 // Runs `scenario` in a child started afresh (a "threadsafe" death test),
 // for state that a process decides once. Failed EXPECT_* inside are printed
@@ -106,7 +102,6 @@ private:
     bool m_atExit;
 };
 
-void WriteBytes(const std::string& path, const std::string& bytes);
 std::string ReadBytes(const std::string& path);
 bool Exists(const std::string& path); // a link counts, whatever it points to
 // Absolute, with '/' between names: one form for paths the OS gives in its
