@@ -66,39 +66,19 @@ std::string Drain(std::FILE* file) {
 
 } // namespace
 
-struct Process::Impl {
-    std::intptr_t child = 0;
-    std::FILE* files[3] = {}; // standard input, output and error
-};
-
-Process::Process(const std::string& program, const std::vector<std::string>& args, const std::string& input)
-    : m_impl(std::make_unique<Impl>()) {
-    for (std::FILE*& file : m_impl->files)
-        file = std::tmpfile();
-    std::fputs(input.c_str(), m_impl->files[0]);
-    std::fflush(m_impl->files[0]);
-    std::rewind(m_impl->files[0]);
-    m_impl->child = Spawn(program, args, m_impl->files);
-}
-
-Process::~Process() {
-    Wait();
-}
-
-ProcessResult Process::Wait() {
-    ProcessResult result;
-    if (m_impl->files[0] == nullptr)
-        return result; // waited for already
-    if (m_impl->child != 0)
-        result.exitCode = Reap(m_impl->child);
-    std::fclose(m_impl->files[0]);
-    m_impl->files[0] = nullptr;
+Process::Process(const std::string& program, const std::vector<std::string>& args, const std::string& input) {
+    std::FILE* const files[3] = {std::tmpfile(), std::tmpfile(), std::tmpfile()}; // input, output, error
+    std::fputs(input.c_str(), files[0]);
+    std::fflush(files[0]);
+    std::rewind(files[0]);
+    if (const std::intptr_t child = Spawn(program, args, files))
+        m_result.exitCode = Reap(child);
+    std::fclose(files[0]);
     // Line ends as the tests write them: on Windows, programs other than the
     // scenario children write their standard streams in text mode, with CR LF.
     const std::regex crlf("\r\n");
-    result.out = std::regex_replace(Drain(m_impl->files[1]), crlf, "\n");
-    result.err = std::regex_replace(Drain(m_impl->files[2]), crlf, "\n");
-    return result;
+    m_result.out = std::regex_replace(Drain(files[1]), crlf, "\n");
+    m_result.err = std::regex_replace(Drain(files[2]), crlf, "\n");
 }
 
 bool RegisterScenario(const char* name, Scenario scenario) {

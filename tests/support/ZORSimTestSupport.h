@@ -9,7 +9,6 @@
 #include <cstdlib>
 #include <functional>
 #include <iostream>
-#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -40,17 +39,15 @@ struct ProcessResult {
     int exitCode = -1; // -1: killed, crashed or never started
     std::string out, err;
 };
-// A child started with exactly `args` (argument 0 first), this environment
-// and `input` on its standard input. The destructor waits for it.
+// Runs a child with exactly `args` (argument 0 first), this environment and
+// `input` on its standard input, to its end.
 class Process {
 public:
     Process(const std::string& program, const std::vector<std::string>& args, const std::string& input = {});
-    ~Process();
-    ProcessResult Wait();
+    ProcessResult Wait() const { return m_result; }
 
 private:
-    struct Impl;
-    std::unique_ptr<Impl> m_impl;
+    ProcessResult m_result;
 };
 
 // A scenario runs instead of the tests in a child that RunScenario starts
