@@ -83,7 +83,7 @@ TEST(OSFileTemporary, DirectoryCandidatesInOrderAndRemovalAtProcessEnd) {
     const std::tuple<const char*, const char*, const char*, const char*> cases[] = {
         {a, "b", "c", a}, {"missing", a, "c", a}, {"file", "", "c", "c"}, {nullptr, nullptr, "missing", "."}};
     const TempDir dir;
-    for (const std::string& name : {std::string(a) + "/", std::string("b/"), std::string("c/")})
+    for (const char* name : {a, "b", "c"})
         dir.Dir(name);
     dir.File("file");
     std::filesystem::current_path(dir.Path());

@@ -1,5 +1,5 @@
 // The portable part of the support layer, and the main of every test
-// program: it runs a scenario when started by StartScenario, else the tests.
+// program: it runs a scenario when started by RunScenario, else the tests.
 #include "ZORSimTestSupport.h"
 
 #include <algorithm>
