@@ -98,7 +98,6 @@ TEST(CmdLineStore, PairsPositionalArgumentsAndNumbers) {
 
 TEST(CmdLineStore, BadStringsStopEveryQuery) {
     ZORSimUttAssertDisableExcReport();
-    Fill({"prog", "-k", "v"});
     const ZORString bad("\xff"), good("k");
     const cow_String badCow("\xc3");
     const std::function<void()> queries[] = {[&] { ZORSimCommandLine::IsMember(bad); },
