@@ -27,9 +27,7 @@ protected:
 TEST_F(FileUtils, IdentityMoveAndLink) {
     m_dir.File("a", "old and longer");
     m_dir.File("b", "new");
-    fs::create_hard_link(m_dir / "a", m_dir / "hard");
-    for (const std::string& same : {m_dir / "hard", m_dir.Path() + "\\.\\a"})
-        EXPECT_TRUE(FU::SameFile(At("a"), ZORString(same))) << same;
+    EXPECT_TRUE(FU::SameFile(At("a"), ZORString(m_dir.Path() + "\\.\\a")));
     // A missing name is no error.
     EXPECT_FALSE(FU::SameFile(At("a"), At("b")) || FU::SameFile(At("a"), At("missing")) ||
                  FU::SameFile(At("missing"), At("a")));
