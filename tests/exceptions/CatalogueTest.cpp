@@ -158,7 +158,6 @@ TEST(Catalogue, EveryClassReadsBackFormatsClonesPropagatesAndIsMatchedBySimexc) 
         const std::vector<std::string>& shown = made.shown;
         const ZORBasException* x = made.x.get();
         ASSERT_NE(x, nullptr);
-        EXPECT_TRUE(info.isA(*x));
         for (int f = 0; f < info.fieldCount; ++f)
             EXPECT_EQ(ByGetter(info.fields[f], info.get(*x, f)), shown[static_cast<std::size_t>(f)])
                 << info.fields[f].getter;
