@@ -89,21 +89,18 @@ Outcome Check(const char* input, unsigned int capacity = 256) {
 TEST(ZORSimUttPythonGlueTest, FailuresGiveNoCopyAndTheirTextCutToTheCapacityGoodTextAFreshCopy) {
     // Null pointers, missing buffers and no room at all are the C client's.
     const std::string bad = "String passed into SIM is BAD. set/setenv _ZOR_FAIL_ON_BAD and rerun.\0"s;
-    const struct {
-        const char* input;
-        Fault fault;
-        std::string error;
-    } cases[] = {{"Bad string.", Fault::None, bad},
-                 {"\xFF\xFE", Fault::None, bad},
-                 {"x", Fault::AllocationFails, "Memory allocation failed.\0"s},
-                 {"x", Fault::StdException, "injected failure\0"s}, // its own text, no prefix
-                 {"x", Fault::Foreign, "Unrecognized exception.\0"s}};
-    for (const auto& c : cases) {
-        ZORSimUttPythonGlueTestFault::Arm(c.fault);
-        const Outcome outcome = Check(c.input);
+    using Case = std::tuple<const char*, Fault, std::string>;
+    const Case cases[] = {{"Bad string.", Fault::None, bad},
+                          {"\xFF\xFE", Fault::None, bad},
+                          {"x", Fault::AllocationFails, "Memory allocation failed.\0"s},
+                          {"x", Fault::StdException, "injected failure\0"s}, // its own text, no prefix
+                          {"x", Fault::Foreign, "Unrecognized exception.\0"s}};
+    for (const auto& [input, fault, error] : cases) {
+        ZORSimUttPythonGlueTestFault::Arm(fault);
+        const Outcome outcome = Check(input);
         EXPECT_EQ(outcome.result, 0);
         EXPECT_EQ(outcome.output, nullptr);
-        EXPECT_EQ(outcome.error, c.error);
+        EXPECT_EQ(outcome.error, error);
     }
     EXPECT_EQ(Check("Bad string.", 7).error + Check("Bad string.", 1).error, "String\0\0"s);
     const char* text = "Gr\xC3\xBC\xC3\x9F"; // the last fault was spent by the call that took it
