@@ -39,11 +39,10 @@ TEST(ZORSimUttUtils, CopyCutsZeroFillsTheCapacityAndTerminates) {
                           {"ab", 8, std::string("ab\0\0\0\0\0\0X", 9)},
                           {nullptr, 3, std::string("\0\0\0X", 4)},
                           {"abcdefghij", 0, std::string("abcdefghij\0X", 12)}};
-    for (const auto& [source, capacity, expected] : cases)
-        EXPECT_EQ(Written([s = source, n = capacity](char* to) { ZORSimUttUtils::Copy(to, s, n); },
-                          expected.size()),
-                  expected)
-            << capacity;
+    for (const auto& [source, capacity, expected] : cases) {
+        const auto copy = [s = source, n = capacity](char* to) { ZORSimUttUtils::Copy(to, s, n); };
+        EXPECT_EQ(Written(copy, expected.size()), expected) << capacity;
+    }
     // CopyNoZB copies exactly count bytes, terminators included.
     EXPECT_EQ(Written([](char* to) { ZORSimUttUtils::CopyNoZB(to, "a\0bc", 3); }, 4),
               std::string("a\0bX", 4));
