@@ -191,7 +191,8 @@ TEST(Catalogue, EveryClassReadsBackFormatsClonesPropagatesAndIsMatchedBySimexc) 
 
         const std::unique_ptr<ZORBasException> clone(x->Clone());
         ASSERT_NE(clone, nullptr);
-        EXPECT_EQ(typeid(*clone), typeid(*x));
+        const ZORBasException& copy = *clone;
+        EXPECT_EQ(typeid(copy), typeid(*x));
         EXPECT_EQ(clone->GetCode(), info.code);
         EXPECT_EQ(Text(*clone), message);
         expectBaseValues(*clone);
