@@ -26,6 +26,7 @@ class ZORBAS_API ZORBasUtlIOFileStats {
 public:
     static constexpr int kRead = 1;
     static constexpr int kWrite = 2;
+    static bool ValidKind(int kind) { return kind == kRead || kind == kWrite; }
     struct Totals {
         unsigned long long bytes = 0;
         unsigned long long calls = 0;
@@ -87,9 +88,6 @@ private:
     static constexpr unsigned char kUnchosenClock = 0;
     static constexpr unsigned char kCounterClock = 1; // the processor's time-stamp counter
     static constexpr unsigned char kOsClock = 2;
-    static bool ValidKind(int kind) {
-        return kind == ZORBasUtlIOFileStats::kRead || kind == ZORBasUtlIOFileStats::kWrite;
-    }
     static ThreadTimer& Timer();
     static unsigned long long Ticks(ThreadTimer& timer);
     // The clock through the OS; chooses the thread's clock on its first call.

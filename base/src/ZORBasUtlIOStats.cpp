@@ -14,7 +14,7 @@ template class ZORBAS_INSTANTIATION_API omi_Singleton<ZORBasUtlIOStats>;
 ZORBasUtlIOFileStats::ZORBasUtlIOFileStats(const ZORString& name) : m_name(name) {}
 
 ZORBasUtlIOFileStats::Totals ZORBasUtlIOFileStats::Get(int kind) const {
-    if (kind != kRead && kind != kWrite)
+    if (!ValidKind(kind))
         return Totals{};
     const Counters& counters = m_counters[kind];
     Totals totals;
