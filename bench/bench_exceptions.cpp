@@ -154,26 +154,36 @@ void BM_BareThrowCatch(benchmark::State& state) {
 }
 BENCHMARK(BM_BareThrowCatch);
 
+// For the life of a case: standard error silenced and the report mode set,
+// decided and the frame cache warm; full reports again afterwards.
+class ReportMode {
+public:
+    explicit ReportMode(Mode mode) {
+        SetMode(mode);
+        PropagateAtDepth(kDepth);
+    }
+    ~ReportMode() { SetMode(Mode::BannerAndTrace); }
+    ReportMode(const ReportMode&) = delete;
+    ReportMode& operator=(const ReportMode&) = delete;
+
+private:
+    SilentStderr m_silent;
+};
+
 void RunPropagate(benchmark::State& state, Mode mode) {
-    SilentStderr silent;
-    SetMode(mode);
-    PropagateAtDepth(kDepth); // decides the mode and warms the frame cache
+    const ReportMode reports(mode);
     const auto t0 = Clock::now();
     for (auto _ : state)
         benchmark::DoNotOptimize(PropagateAtDepth(kDepth));
     ReportRatio(state, "throw", Clock::now() - t0);
-    SetMode(Mode::BannerAndTrace);
 }
 
 // Side by side with the bare throw: the ratio a quiet throw is held to.
 void BM_Propagate_ReportsDisabled(benchmark::State& state) {
-    SilentStderr silent;
-    SetMode(Mode::Disabled);
-    PropagateAtDepth(kDepth);
+    const ReportMode reports(Mode::Disabled);
     bench::Paired(
         state, 64, [](std::size_t i) { BareThrowCatch(i); },
         [](std::size_t) { benchmark::DoNotOptimize(PropagateAtDepth(kDepth)); }, "throw");
-    SetMode(Mode::BannerAndTrace);
 }
 BENCHMARK(BM_Propagate_ReportsDisabled);
 
@@ -184,8 +194,7 @@ BENCHMARK(BM_Propagate_BannerOnly);
 
 // Every iteration starts with a fresh symbol handler and an empty frame cache.
 void BM_Propagate_FullTrace_Cold(benchmark::State& state) {
-    SilentStderr silent;
-    SetMode(Mode::BannerAndTrace);
+    const ReportMode reports(Mode::BannerAndTrace);
     Clock::duration total{};
     for (auto _ : state) {
         state.PauseTiming();
